@@ -1,0 +1,213 @@
+// Defines Block, the abstract base of every element of a scene, and its dependency graph.
+//
+// A block holds numbered dependency slots that point at the blocks it is built from, and keeps
+// the reverse relation, its dependants. The graph is also the ownership structure: every link
+// made with MakeDependencyByID counts as a reference, and a block that loses its last dependant
+// posts event code 1, releases its own dependencies and destroys itself through DeleteThis.
+// Blocks are therefore created with `new` (directly or by a factory) and never deleted except
+// through that release path, DeleteThisBlock(true) or DeleteThis called by an owner.
+//
+// Concrete classes store their slots themselves and expose them through NumDependencies,
+// GetDependency and SetDependency (a raw store: no bookkeeping, no event). Block implements
+// everything else on top of those three: the bookkeeping, the cycle test, the release cascade,
+// event delivery and the shared chunks of a block's scene-file record.
+//
+// Every walk over the graph uses an explicit work stack, so chains of any depth are linked,
+// tested, notified and released without deep recursion.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <orlo/base/block/block_event.h>
+#include <orlo/base/block/block_type.h>
+#include <orlo/support/color.h>
+#include <orlo/support/point3.h>
+#include <orlo/support/status.h>
+
+namespace Orlo {
+
+class BlockListener;
+class DataTable;
+class SceneLoad;
+class SceneSave;
+struct BlockLoadData;
+
+class Block {
+ public:
+  // The number of a block that has none in the current scene.
+  static constexpr std::uint32_t kNoID = 0xFFFFFFFFu;
+
+  Block() = default;
+  // Copies every field as it stands, both lists included: a copy starts with the same
+  // dependants and listeners as its source. Callers that clone blocks fix the relations.
+  Block(const Block&) = default;
+  Block& operator=(const Block&) = default;
+  // Frees the two lists only; notifies nobody. Detaching is DeleteThisBlock's job.
+  virtual ~Block() = default;
+
+  // ---- Identity and slots: implemented by every concrete class ----
+
+  virtual std::string GetClassName() const = 0;
+  virtual BlockType GetBlockType() const = 0;
+  virtual int NumDependencies() const = 0;
+  // Raw store into a slot: no bookkeeping, no event. Indices outside the slots are ignored.
+  virtual void SetDependency(int index, Block* block) = 0;
+  // The block in a slot; null for an empty slot or an index outside the slots.
+  virtual Block* GetDependency(int index) const = 0;
+  // The slot's name, used as a parameter key ("data_table", ...).
+  virtual std::string GetDependencyName(int index) const = 0;
+  virtual unsigned GetDependencyType(int index) const;
+
+  // ---- Parameter table ----
+
+  virtual DataTable* GetDataTable() const;
+  // The base refuses: code 1, "This Block has no DataTables.".
+  virtual Status SetDataTable(DataTable* table);
+  virtual void UpdateDataTable(bool create);
+
+  // ---- Copying, files, lifetime ----
+
+  // A new block of the same class.
+  virtual Block* Clone() = 0;
+  // Writes the block's own payload; returns 1 on success.
+  virtual int Save(SceneSave* save) = 0;
+  // Reads what Save wrote; returns 0 only when the reader reported an error.
+  virtual int Load(SceneLoad* load) = 0;
+  // Called once all blocks of a file are loaded and linked.
+  virtual int PostLoad();
+  // Destroys the object itself: the final delete.
+  virtual void DeleteThis() = 0;
+
+  // ---- Host hooks: declared for hosts, never called by the library ----
+
+  virtual void ActionBegin(int, int);
+  virtual void ActionEnd(int, int);
+  virtual void Update(int);
+
+  // Receives an event from a dependency or from the block itself. The default stamps this
+  // block as the sender and posts the event on unchanged.
+  virtual void ProcessEvent(BlockEvent event);
+
+  // ---- The dependency graph ----
+
+  // Makes `block` the dependency in slot `index`, keeping both directions, and delivers event
+  // code 2 with the index. A block that would close a cycle (itself included) is refused with
+  // code 3, "Block::MakeDependencyByID : Cyclic Dependency.", and nothing changes. A null
+  // block empties the slot.
+  Status MakeDependencyByID(int index, Block* block);
+  // Empties slot `index`, releases the old dependency (which may delete itself) and delivers
+  // event code 2 with the index. An empty slot is left alone, without an event.
+  void DeleteDependency(int index);
+  // DeleteDependency(i) for every slot, the count read again after every step.
+  void DeleteAllDependencies();
+  // Replaces the first slot that holds `old_block`: with null the slot is emptied, otherwise
+  // `new_block` is linked there. True when a slot matched, even when the link was refused.
+  bool ReplaceDependency(Block* old_block, Block* new_block);
+  // Whether this block may take `block` as a dependency without closing a cycle.
+  bool OkToSetAsDependency(Block* block);
+  // Detaches the block from the graph in both directions: releases its dependencies, then
+  // empties (raw stores, no events) every dependant slot that holds it. With `delete_block`
+  // true it then tells the current engine and destroys itself.
+  void DeleteThisBlock(bool delete_block);
+  // Appends `dependant` to the dependants unless that would close a cycle; `index` is unused.
+  bool MakeDependant(int index, Block* dependant);
+  // Removes `dependant` from the dependants. When none is left, the block posts code 1,
+  // releases its dependencies and destroys itself; returns true in that case, after which the
+  // block no longer exists.
+  bool EraseDependantFromTable(Block* dependant);
+  // Empties, in every dependant, each slot that holds this block (raw stores), then clears
+  // the dependants.
+  void RemoveFromDependants();
+  // Appends the dependants in list order, duplicates included; `out` is not cleared.
+  void GetDependants(std::vector<Block*>& out) const;
+  // Adds to `count` the number of paths from this block down to `target`.
+  void TestDependant(Block* target, int& count) const;
+  // The oldest dependant, or null.
+  Block* GetParentBlock() const;
+
+  void* GetData() const { return m_data; }
+  void SetData(void* data) { m_data = data; }
+
+  // The block's number in the scene (kNoID when it has none) and its saved mark; assigned
+  // and reset by the engine when it numbers, saves and loads a scene.
+  std::uint32_t GetID() const { return m_id; }
+  void SetID(std::uint32_t id) { m_id = id; }
+  int GetSaved() const { return m_saved; }
+  void SetSaved(int saved) { m_saved = saved; }
+
+  // ---- The block's scene-file record ----
+
+  // Chunk 0x0005: class id, super class id, sub id, number. Returns 0.
+  int SaveBlockInfo(SceneSave* save);
+  // Chunk 0x0010: the slot count, then the number of the block in each slot (-1 when
+  // empty). Returns 0.
+  int SaveBlockDependencies(SceneSave* save);
+  // Reads chunk 0x0010 into the record's dependency numbers; skips a chunk of another id.
+  // Returns 0.
+  int LoadBlockDependencies(SceneLoad* load, BlockLoadData* record);
+
+  // ---- Events and listeners ----
+
+  // Appends the listener unless it is attached already.
+  void AddBlockListener(BlockListener* listener);
+  // Detaches the listener; an absent one is ignored.
+  void RemoveBlockListener(BlockListener* listener);
+  // Delivers the event as it is: to the listeners first, then to every dependant's
+  // ProcessEvent, depth first. Nothing is delivered while the block is muted.
+  void PostEvent(BlockEvent event);
+  void PostEvent(int code, int param);
+  void ProcessEvent(int code, int param);
+  bool GetSendEvents() const { return m_send_events; }
+  void SetSendEvents(bool send_events) { m_send_events = send_events; }
+
+  // ---- Attribute access through the block's parameter table ----
+  // The status forms report code 2 when the block has no table; with a table they report
+  // success whatever the table answered.
+
+  Status GetAttribute(int id, int& out, int time, int index);
+  Status GetAttribute(int id, double& out, int time, int index);
+  Status GetAttribute(int id, Point3<double>& out, int time, int index);
+  Status GetAttribute(int id, std::string& out, int time, int index);
+  Status GetAttribute(int id, Color& out, int time, int index);
+  Status GetAttribute(int id, bool& out, int time, int index);
+
+  Status SetAttribute(int id, int value, int time, int index);
+  Status SetAttribute(int id, double value, int time, int index);
+  // Taken as const char* so that a string literal does not fall through to the bool form.
+  Status SetAttribute(int id, const char* value, int time, int index);
+  Status SetAttribute(int id, Point3<double> value, int time, int index);
+  Status SetAttribute(int id, const std::string& value, int time, int index);
+  Status SetAttribute(int id, Color value, int time, int index);
+  Status SetAttribute(int id, bool value, int time, int index);
+
+  bool GetBooleanAttribute(int id, int time, int index, Status* status);
+  int GetIntegerAttribute(int id, int time, int index, Status* status);
+  double GetFloatAttribute(int id, int time, int index, Status* status);
+  Point3<double> GetPoint3Attribute(int id, int time, int index, Status* status);
+  Color GetColorAttribute(int id, int time, int index, Status* status);
+  std::string GetStringAttribute(int id, int time, int index, Status* status);
+
+ private:
+  // Removes the entries equal to `dependant`; true when the list became empty.
+  bool RemoveDependantEntries(Block* dependant);
+  // Releases a block that has just lost its last dependant, and everything only it kept.
+  static void ReleaseUnreferenced(Block* block);
+  // The end of releasing slot `index`: the raw store of null and the code-2 event.
+  void FinishSlotRelease(int index);
+  // Delivers `event` from `sender` to its listeners and up through its dependants.
+  static void DeliverEvent(Block* sender, BlockEvent event);
+
+  // Opaque pointer for the host; never read by the library.
+  void* m_data = nullptr;
+  // One entry per link made to this block, duplicates included; not owning.
+  std::vector<Block*> m_dependants;
+  // Observers; never holds the same listener twice; not owning.
+  std::vector<BlockListener*> m_listeners;
+  bool m_send_events = true;
+  std::uint32_t m_id = kNoID;
+  int m_saved = 0;
+};
+
+}  // namespace Orlo

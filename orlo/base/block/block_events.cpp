@@ -1,0 +1,116 @@
+// Block's events and listeners.
+//
+// An event climbs the graph depth first: a block's listeners hear it, then each dependant's
+// ProcessEvent gets it, and a dependant that posts it on (the default ProcessEvent does) has
+// its whole upward chain notified before the next dependant hears anything. The climb is
+// driven by an explicit stack of pending deliveries, so a graph of any height is notified
+// without deep recursion: while the stack hands an event to a dependant, that dependant's own
+// PostEvent is queued on the stack instead of running nested, and runs right after its
+// ProcessEvent returns. Any other PostEvent (from a listener, say) is delivered at once.
+#include <algorithm>
+
+#include <orlo/base/block/block.h>
+#include <orlo/base/block/block_listener.h>
+
+namespace Orlo {
+
+namespace {
+
+struct Delivery {
+  Block* sender;
+  BlockEvent event;
+  std::size_t next_listener;
+  std::size_t next_dependant;
+};
+
+// Pending deliveries, innermost last. Each running delivery loop owns the entries above the
+// size it found when it started.
+std::vector<Delivery>& PendingDeliveries() {
+  static std::vector<Delivery> pending;
+  return pending;
+}
+
+// The dependant whose ProcessEvent the innermost delivery loop is calling, or null.
+Block* g_queueing_block = nullptr;
+
+// Restores the delivery state when a loop ends, also when a listener throws.
+class DeliveryScope {
+ public:
+  DeliveryScope() : m_base(PendingDeliveries().size()), m_saved_queueing(g_queueing_block) {
+    g_queueing_block = nullptr;
+  }
+  DeliveryScope(const DeliveryScope&) = delete;
+  DeliveryScope& operator=(const DeliveryScope&) = delete;
+  ~DeliveryScope() {
+    PendingDeliveries().resize(m_base, Delivery{nullptr, BlockEvent(), 0, 0});
+    g_queueing_block = m_saved_queueing;
+  }
+  std::size_t Base() const { return m_base; }
+
+ private:
+  std::size_t m_base;
+  Block* m_saved_queueing;
+};
+
+}  // namespace
+
+void Block::AddBlockListener(BlockListener* listener) {
+  if (std::find(m_listeners.begin(), m_listeners.end(), listener) != m_listeners.end()) return;
+  m_listeners.push_back(listener);
+}
+
+void Block::RemoveBlockListener(BlockListener* listener) {
+  auto found = std::find(m_listeners.begin(), m_listeners.end(), listener);
+  if (found != m_listeners.end()) m_listeners.erase(found);
+}
+
+void Block::PostEvent(int code, int param) { PostEvent(BlockEvent(this, code, param)); }
+
+void Block::ProcessEvent(int code, int param) { ProcessEvent(BlockEvent(this, code, param)); }
+
+void Block::ProcessEvent(BlockEvent event) {
+  event.block = this;
+  PostEvent(event);
+}
+
+void Block::PostEvent(BlockEvent event) {
+  if (!m_send_events) return;
+  if (this == g_queueing_block) {
+    PendingDeliveries().push_back({this, event, 0, 0});
+    return;
+  }
+  DeliverEvent(this, event);
+}
+
+void Block::DeliverEvent(Block* sender, BlockEvent event) {
+  std::vector<Delivery>& pending = PendingDeliveries();
+  DeliveryScope scope;
+  pending.push_back({sender, event, 0, 0});
+  while (pending.size() > scope.Base()) {
+    // Copies, not references: a listener or a dependant may grow the stack.
+    const Delivery top = pending.back();
+    Block* block = top.sender;
+    // The lists are read again at every step: a listener that removes itself shifts the later
+    // ones forward, so the one after it misses this event.
+    if (top.next_listener < block->m_listeners.size()) {
+      ++pending.back().next_listener;
+      block->m_listeners[top.next_listener]->OnBlockEvent(top.event);
+      continue;
+    }
+    if (top.next_dependant < block->m_dependants.size()) {
+      ++pending.back().next_dependant;
+      Block* dependant = block->m_dependants[top.next_dependant];
+      if (dependant == nullptr) continue;
+      const std::size_t queued_before = pending.size();
+      g_queueing_block = dependant;
+      dependant->ProcessEvent(top.event);
+      g_queueing_block = nullptr;
+      // A dependant that posted several events delivers them in the order it posted them.
+      std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(queued_before), pending.end());
+      continue;
+    }
+    pending.pop_back();
+  }
+}
+
+}  // namespace Orlo

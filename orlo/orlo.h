@@ -1,0 +1,18 @@
+// Orlo: includes every public header of the library.
+#pragma once
+
+#include <orlo/support/color.h>
+#include <orlo/support/point3.h>
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
+#include <orlo/support/status.h>
+#include <orlo/support/time_interval.h>
+
+#include <orlo/base/block/block.h>
+#include <orlo/base/block/block_event.h>
+#include <orlo/base/block/block_factory.h>
+#include <orlo/base/block/block_listener.h>
+#include <orlo/base/block/block_type.h>
+
+#include <orlo/base/engine/block_load_data.h>
+#include <orlo/base/engine/scene_engine.h>
