@@ -1,0 +1,30 @@
+#include <orlo/base/engine/base_library.h>
+
+#include <memory>
+
+#include <orlo/base/block/block_table.h>
+#include <orlo/base/engine/scene_engine.h>
+
+namespace Orlo {
+
+namespace {
+
+// Hands the factory to the registry; one the registry refuses (its type is registered
+// already) is destroyed here instead of leaking.
+template <typename Factory>
+void Register() {
+  auto factory = std::make_unique<Factory>();
+  const unsigned before = SceneEngine::GetNumBlockFactories();
+  SceneEngine::AddBlockFactory(factory.get());
+  if (SceneEngine::GetNumBlockFactories() != before) factory.release();
+}
+
+}  // namespace
+
+void RegisterBaseLibrary() {
+  // The order is part of the library's contract: hosts and the scene reader see the
+  // factories in this order.
+  Register<BlockVectorFactory>();
+}
+
+}  // namespace Orlo
