@@ -3,6 +3,8 @@
 #include <memory>
 
 #include <orlo/base/block/block_table.h>
+#include <orlo/base/controllers/bezier_controller.h>
+#include <orlo/base/controllers/point3_controller.h>
 #include <orlo/base/engine/scene_engine.h>
 
 namespace Orlo {
@@ -25,6 +27,8 @@ void RegisterBaseLibrary() {
   // The order is part of the library's contract: hosts and the scene reader see the
   // factories in this order.
   Register<BlockVectorFactory>();
+  Register<BezierControllerFactory>();
+  Register<Point3ControllerFactory>();
 }
 
 }  // namespace Orlo

@@ -1,0 +1,222 @@
+#include <orlo/base/controllers/bezier_controller.h>
+
+#include <cstddef>
+
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
+
+namespace Orlo {
+
+namespace {
+
+// Payload of a controller:
+//   0x0010  key count (int32), then one key chunk 0x0005 per key, in list order
+//   0x0015  default value (double)
+// Payload of a key chunk 0x0005:
+//   0x0010  time (int32)
+//   0x0015  value (double)
+// Format history, newest first:
+//   1: the layout above.
+constexpr unsigned kKeysChunk = 0x0010;
+constexpr unsigned kDefaultValueChunk = 0x0015;
+constexpr unsigned kKeyChunk = 0x0005;
+constexpr unsigned kKeyTimeChunk = 0x0010;
+constexpr unsigned kKeyValueChunk = 0x0015;
+
+// The smallest key chunk Save writes: the key chunk and its two sub-chunks, each with its
+// header, and 4 + 8 bytes of payload. A key count is checked against it before the list grows.
+constexpr std::uint64_t kChunkHeaderBytes = 8;
+constexpr std::uint64_t kKeyChunkBytes = 3 * kChunkHeaderBytes + 4 + 8;
+
+constexpr char kNoDependency[] = "no_dependency";
+
+}  // namespace
+
+// ---- BezierKey ----
+
+int BezierKey::Save(SceneSave* save) const {
+  save->BeginChunk(kKeyChunk);
+  save->BeginChunk(kKeyTimeChunk);
+  save->WriteInt32(time);
+  save->EndChunk();
+  save->BeginChunk(kKeyValueChunk);
+  save->WriteDouble(value);
+  save->EndChunk();
+  save->EndChunk();
+  return 1;
+}
+
+int BezierKey::Load(SceneLoad* load) {
+  if (load->OpenChunk() != SceneLoad::kChunkOpened) return 0;
+  if (load->CurChunkID() != kKeyChunk) {
+    // Closed again so that the caller's reader stays at the depth it expects.
+    load->CloseChunk();
+    return 0;
+  }
+  int result;
+  while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
+    switch (load->CurChunkID()) {
+      case kKeyTimeChunk:
+        load->ReadInt32(time);
+        break;
+      case kKeyValueChunk:
+        load->ReadDouble(value);
+        break;
+      default:
+        break;
+    }
+    load->CloseChunk();
+  }
+  load->CloseChunk();
+  return result != SceneLoad::kError ? 1 : 0;
+}
+
+// ---- BezierController ----
+
+BezierController::BezierController(double default_value, bool)
+    : m_default_value(default_value) {}
+
+std::string BezierController::GetClassName() const { return "FloatController"; }
+
+BlockType BezierController::GetBlockType() const { return m_block_type; }
+
+int BezierController::NumDependencies() const { return 0; }
+
+void BezierController::SetDependency(int, Block*) {}
+
+Block* BezierController::GetDependency(int) const { return nullptr; }
+
+std::string BezierController::GetDependencyName(int) const { return kNoDependency; }
+
+Block* BezierController::Clone() {
+  auto* clone = new BezierController(m_default_value, true);
+  clone->m_keys = m_keys;
+  return clone;
+}
+
+int BezierController::Save(SceneSave* save) {
+  save->BeginChunk(kKeysChunk);
+  save->WriteInt32(static_cast<std::int32_t>(m_keys.size()));
+  for (const BezierKey& key : m_keys) key.Save(save);
+  save->EndChunk();
+  save->BeginChunk(kDefaultValueChunk);
+  save->WriteDouble(m_default_value);
+  save->EndChunk();
+  return 1;
+}
+
+int BezierController::Load(SceneLoad* load) {
+  int result;
+  while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
+    switch (load->CurChunkID()) {
+      case kKeysChunk: {
+        std::int32_t count = 0;
+        load->ReadInt32(count);
+        if (count > 0 &&
+            static_cast<std::uint64_t>(count) > load->BytesLeftInChunk() / kKeyChunkBytes) {
+          load->ReportCorruption("BezierController::Load : key count " + std::to_string(count) +
+                                 " exceeds what its chunk can hold");
+          load->CloseChunk();
+          return 0;
+        }
+        // Kept as is: a negative count is widened with its sign, so the resize asks for an
+        // impossible size and throws std::length_error, which callers already expect from
+        // the containers.
+        m_keys.resize(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(count)));
+        // A key chunk that is missing or of another kind leaves its key as it was.
+        for (BezierKey& key : m_keys) (void)key.Load(load);
+        break;
+      }
+      case kDefaultValueChunk:
+        load->ReadDouble(m_default_value);
+        break;
+      default:
+        break;
+    }
+    load->CloseChunk();
+  }
+  return result != SceneLoad::kError ? 1 : 0;
+}
+
+void BezierController::DeleteThis() { delete this; }
+
+double BezierController::GetFloat(int time) {
+  if (m_keys.empty()) return time == 0 ? m_default_value : 0.0;
+  for (const BezierKey& key : m_keys) {
+    if (key.time == time) return key.value;
+  }
+  // Kept as is, comparison of the time with the previous key's value included: existing
+  // scenes are animated by exactly this rule.
+  double next = 0.0;
+  double prev = 0.0;
+  for (std::size_t i = 0; i < m_keys.size(); ++i) {
+    if (time < m_keys[i].time) {
+      next = m_keys[i].value;
+      if (i > 0 && static_cast<double>(time) > m_keys[i - 1].value) prev = m_keys[i - 1].value;
+    }
+  }
+  return (prev + next) * 0.5;
+}
+
+double BezierController::GetKey(unsigned int time) const {
+  if (m_keys.empty()) return 0.0;
+  for (const BezierKey& key : m_keys) {
+    if (static_cast<unsigned int>(key.time) == time) return key.value;
+  }
+  double next = 0.0;
+  double prev = 0.0;
+  for (std::size_t i = 0; i < m_keys.size(); ++i) {
+    if (time < static_cast<unsigned int>(m_keys[i].time)) {
+      next = m_keys[i].value;
+      if (i > 0 && static_cast<double>(time) > m_keys[i - 1].value) prev = m_keys[i - 1].value;
+    }
+  }
+  return (prev + next) * 0.5;
+}
+
+void BezierController::SetFloat(int time, double value) {
+  if (m_keys.empty()) {
+    if (time == 0) {
+      m_default_value = value;
+    } else {
+      // The default value becomes the key at time 0.
+      m_keys = {BezierKey(0, m_default_value), BezierKey(time, value)};
+    }
+  } else {
+    InsertOrReplace(BezierKey(time, value));
+  }
+  PostEvent(3, 0);
+}
+
+void BezierController::SetKey(BezierKey key) {
+  if (m_keys.empty() && key.time != 0) {
+    m_keys = {BezierKey(0, m_default_value), key};
+    return;
+  }
+  // Kept as is: unlike SetFloat, no event; callers that fill keys in bulk rely on it.
+  InsertOrReplace(key);
+}
+
+void BezierController::InsertOrReplace(BezierKey key) {
+  for (auto it = m_keys.begin(); it != m_keys.end(); ++it) {
+    if (it->time == key.time) {
+      *it = key;
+      return;
+    }
+    if (it->time > key.time) {
+      m_keys.insert(it, key);
+      return;
+    }
+  }
+  m_keys.push_back(key);
+}
+
+// ---- BezierControllerFactory ----
+
+BlockType BezierControllerFactory::GetBlockType() const { return BezierController::m_block_type; }
+
+Block* BezierControllerFactory::GetBlock(bool) const { return new BezierController(0.0, true); }
+
+std::string BezierControllerFactory::GetName() const { return "BezierKeysController"; }
+
+}  // namespace Orlo
