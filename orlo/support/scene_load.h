@@ -64,6 +64,8 @@ class SceneLoad {
 
   // Bytes of the innermost open chunk (or of the file at the top) not read yet.
   std::uint64_t BytesLeftInChunk() const;
+  // Bytes from the current read position to the end of the file.
+  std::uint64_t BytesLeftInFile() const;
   // Depth of nesting: 0 at the top of the file.
   int Depth() const;
 
