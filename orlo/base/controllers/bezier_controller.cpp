@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include <orlo/support/internal/chunk_format.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
@@ -25,8 +26,7 @@ constexpr unsigned kKeyValueChunk = 0x0015;
 
 // The smallest key chunk Save writes: the key chunk and its two sub-chunks, each with its
 // header, and 4 + 8 bytes of payload. A key count is checked against it before the list grows.
-constexpr std::uint64_t kChunkHeaderBytes = 8;
-constexpr std::uint64_t kKeyChunkBytes = 3 * kChunkHeaderBytes + 4 + 8;
+constexpr std::uint64_t kKeyChunkBytes = 3 * internal::kChunkHeaderBytes + 4 + 8;
 
 constexpr char kNoDependency[] = "no_dependency";
 

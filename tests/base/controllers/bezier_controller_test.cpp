@@ -1,6 +1,7 @@
 #include <orlo/base/controllers/bezier_controller.h>
 
 #include <cstdint>
+#include <cstring>
 #include <ostream>
 #include <stdexcept>
 #include <vector>
@@ -11,8 +12,8 @@
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
-#include "event_recorder.h"
-#include "scoped_block.h"
+#include "tests/base/controllers/scoped_block.h"
+#include "tests/testing/test_blocks.h"
 
 namespace Orlo {
 
@@ -22,9 +23,60 @@ void PrintTo(const BezierKey& key, std::ostream* out) {
 
 namespace {
 
-using testing::EventRecorder;
+using testing::RecordingListener;
 using testing::ScopedBlock;
+using Bytes = std::vector<std::uint8_t>;
 using Keys = std::vector<BezierKey>;
+
+// Builds expected file bytes: chunk headers (id uint32, content length uint64) and
+// little-endian numbers.
+class ByteWriter {
+ public:
+  ByteWriter& Header(std::uint32_t id, std::uint64_t length) {
+    Little(id, 4);
+    Little(length, 8);
+    return *this;
+  }
+  ByteWriter& Int32(std::int32_t value) {
+    Little(static_cast<std::uint32_t>(value), 4);
+    return *this;
+  }
+  ByteWriter& Double(double value) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    Little(bits, 8);
+    return *this;
+  }
+  // A whole key chunk: 48 bytes.
+  ByteWriter& Key(std::int32_t time, double value) {
+    Header(0x0005, 36);
+    Header(0x0010, 4).Int32(time);
+    Header(0x0015, 8).Double(value);
+    return *this;
+  }
+  ByteWriter& Zeros(std::size_t count) {
+    m_bytes.insert(m_bytes.end(), count, 0);
+    return *this;
+  }
+  ByteWriter& Append(const ByteWriter& other) {
+    m_bytes.insert(m_bytes.end(), other.m_bytes.begin(), other.m_bytes.end());
+    return *this;
+  }
+  const Bytes& bytes() const { return m_bytes; }
+
+ private:
+  void Little(std::uint64_t value, int count) {
+    for (int i = 0; i < count; ++i) m_bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+  }
+
+  Bytes m_bytes;
+};
+
+Bytes SavedBytes(BezierController* controller) {
+  SceneSave save;
+  EXPECT_EQ(controller->Save(&save), 1);
+  return save.TakeBytes();
+}
 
 // ---- Identity and slots ----
 
@@ -114,8 +166,10 @@ TEST(BezierControllerTest, MidpointBetweenKeysIsNotWeightedByTime) {
   ScopedBlock<BezierController> controller(new BezierController(0.0, true));
   controller->SetKey({0, 1.0});
   controller->SetKey({100, 3.0});
-  EXPECT_EQ(controller->GetFloat(1), 2.0);
+  EXPECT_EQ(controller->GetFloat(2), 2.0);
   EXPECT_EQ(controller->GetFloat(99), 2.0);
+  // At time 1 the previous value 1.0 is not exceeded: half of the next value only.
+  EXPECT_EQ(controller->GetFloat(1), 1.5);
 }
 
 TEST(BezierControllerTest, TimeBeforeTheFirstKeyTakesNextFromTheLastKey) {
@@ -149,7 +203,7 @@ TEST(BezierControllerTest, TimeAfterTheLastKeyGivesZero) {
 
 TEST(BezierControllerTest, SetFloatAtTimeZeroOnAnEmptyControllerSetsTheDefault) {
   ScopedBlock<BezierController> controller(new BezierController(1.0, true));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetFloat(0, 4.0);
   EXPECT_EQ(controller->GetDefaultValue(), 4.0);
@@ -192,7 +246,7 @@ TEST(BezierControllerTest, SetFloatAtANegativeTimeOnAnEmptyControllerKeepsTimeZe
 
 TEST(BezierControllerTest, EverySetFloatPostsOneValueChangedEvent) {
   ScopedBlock<BezierController> controller(new BezierController(1.0, true));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetFloat(10, 2.0);  // makes two keys
   controller->SetFloat(10, 3.0);  // replaces
@@ -211,7 +265,7 @@ TEST(BezierControllerTest, ChangeEventIsForwardedByTheDependantWithItselfAsSende
   ScopedBlock<Point3Controller> owner(new Point3Controller(true));
   auto* x = dynamic_cast<BezierController*>(owner->GetDependency(0));
   ASSERT_NE(x, nullptr);
-  EventRecorder recorder;
+  RecordingListener recorder;
   owner->AddBlockListener(&recorder);
   x->SetFloat(4, 1.0);
   ASSERT_EQ(recorder.events.size(), 1u);
@@ -223,7 +277,7 @@ TEST(BezierControllerTest, ChangeEventIsForwardedByTheDependantWithItselfAsSende
 
 TEST(BezierControllerTest, MutedControllerPostsNothing) {
   ScopedBlock<BezierController> controller(new BezierController(1.0, true));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetSendEvents(false);
   controller->SetFloat(10, 2.0);
@@ -260,7 +314,7 @@ TEST(BezierControllerTest, SetKeyReplacesInsertsAndAppendsInTimeOrder) {
 
 TEST(BezierControllerTest, SetKeyPostsNoEvent) {
   ScopedBlock<BezierController> controller(new BezierController(1.0, true));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetKey({10, 2.0});
   controller->SetKey({10, 3.0});
@@ -295,9 +349,9 @@ TEST(BezierControllerTest, GetKeyComparesTimesAsUnsignedNumbers) {
   EXPECT_EQ(controller->GetKey(3u), 1.5);
   EXPECT_EQ(controller->GetFloat(3), 0.0);
   EXPECT_EQ(controller->GetKey(0xFFFFFFFBu), 2.0);
-  // -1 is after every key unsigned, before both signed.
+  // -1 is after every key unsigned; signed, it is before key 0 only.
   EXPECT_EQ(controller->GetKey(0xFFFFFFFFu), 0.0);
-  EXPECT_EQ(controller->GetFloat(-1), 1.0);
+  EXPECT_EQ(controller->GetFloat(-1), 0.5);
 }
 
 TEST(BezierControllerTest, GetKeyConvertsTheTimeToDoubleFromItsUnsignedValue) {
@@ -328,6 +382,230 @@ TEST(BezierControllerTest, CloneCopiesTheDefaultAndTheKeysInOrder) {
   EXPECT_TRUE(dependants.empty());
   clone->SetFloat(7, 9.0);
   EXPECT_EQ(controller->GetFloat(7), 3.0);
+}
+
+// ---- The chunk payload ----
+
+TEST(BezierControllerTest, SaveWritesTheKeysChunkWithNestedKeysThenTheDefault) {
+  ScopedBlock<BezierController> controller(new BezierController(1.5, true));
+  controller->SetFloat(10, 2.0);
+  // | 0x0010 len 100 | count 2 | key (0, 1.5) | key (10, 2.0) | 0x0015 len 8 | 1.5 |
+  // each key: | 0x0005 len 36 | 0x0010 len 4 | time | 0x0015 len 8 | value |
+  ByteWriter expected;
+  expected.Header(0x0010, 4 + 2 * 48).Int32(2).Key(0, 1.5).Key(10, 2.0);
+  expected.Header(0x0015, 8).Double(1.5);
+  EXPECT_EQ(SavedBytes(controller.get()), expected.bytes());
+}
+
+TEST(BezierControllerTest, EmptyControllerSavesACountOfZero) {
+  ScopedBlock<BezierController> controller(new BezierController(-2.0, true));
+  ByteWriter expected;
+  expected.Header(0x0010, 4).Int32(0).Header(0x0015, 8).Double(-2.0);
+  EXPECT_EQ(SavedBytes(controller.get()), expected.bytes());
+}
+
+TEST(BezierControllerTest, KeySavesItsOwnChunk) {
+  SceneSave save;
+  EXPECT_EQ(BezierKey(-7, 0.25).Save(&save), 1);
+  ByteWriter expected;
+  expected.Key(-7, 0.25);
+  EXPECT_EQ(save.TakeBytes(), expected.bytes());
+}
+
+TEST(BezierControllerTest, SavedAndReloadedControllerHasTheSameKeysAndDefault) {
+  ScopedBlock<BezierController> controller(new BezierController(1.25, true));
+  controller->SetFloat(10, 2.0);
+  controller->SetFloat(-5, 3.0);
+  controller->SetKey({30, -4.5});
+  SceneSave save;
+  save.BeginChunk(0x0020);
+  ASSERT_EQ(controller->Save(&save), 1);
+  save.EndChunk();
+  SceneLoad load(save.TakeBytes());
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  BezierControllerFactory factory;
+  ScopedBlock<Block> loaded_block(factory.GetBlock(false));
+  auto* loaded = dynamic_cast<BezierController*>(loaded_block.get());
+  ASSERT_NE(loaded, nullptr);
+  EXPECT_EQ(loaded->Load(&load), 1);
+  load.CloseChunk();
+  EXPECT_FALSE(load.HasError());
+  EXPECT_EQ(loaded->GetKeys(), controller->GetKeys());
+  EXPECT_EQ(loaded->GetDefaultValue(), 1.25);
+  for (int time : {-10, -5, 0, 5, 10, 20, 30, 40}) {
+    EXPECT_EQ(loaded->GetFloat(time), controller->GetFloat(time)) << time;
+  }
+}
+
+TEST(BezierControllerTest, LoadKeepsKeysInFileOrderAndSkipsUnknownChunks) {
+  // | 0x0099 len 4 | 0x0010 len 4+3*48 | count 3 | keys (20, 1), (5, 2), (5, 3) |
+  // | 0x0015 len 8 | 6.5 |
+  ByteWriter file;
+  file.Header(0x0099, 4).Int32(77);
+  file.Header(0x0010, 4 + 3 * 48).Int32(3).Key(20, 1.0).Key(5, 2.0).Key(5, 3.0);
+  file.Header(0x0015, 8).Double(6.5);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_EQ(controller->Load(&load), 1);
+  EXPECT_FALSE(load.HasError());
+  EXPECT_EQ(controller->GetKeys(), (Keys{{20, 1.0}, {5, 2.0}, {5, 3.0}}));
+  EXPECT_EQ(controller->GetDefaultValue(), 6.5);
+  // Of two keys at one time the first in the list gives the value.
+  EXPECT_EQ(controller->GetFloat(5), 2.0);
+}
+
+TEST(BezierControllerTest, LoadedCountTruncatesOrExtendsTheKeysWithZeroKeys) {
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  controller->SetKey({0, 1.0});
+  controller->SetKey({10, 2.0});
+  controller->SetKey({20, 3.0});
+  {
+    // A shorter count keeps the head of the list; the key chunk overwrites it.
+    ByteWriter file;
+    file.Header(0x0010, 4 + 48).Int32(1).Key(7, 7.0);
+    SceneLoad load(file.bytes());
+    EXPECT_EQ(controller->Load(&load), 1);
+    EXPECT_EQ(controller->GetKeys(), (Keys{{7, 7.0}}));
+  }
+  {
+    // A count with fewer key chunks than keys (but within what the chunk can hold): the
+    // missing key chunks leave (0, 0.0) keys.
+    ByteWriter file;
+    file.Header(0x0010, 4 + 2 * 48).Int32(2).Key(3, 3.0).Header(0x0077, 36).Zeros(36);
+    SceneLoad load(file.bytes());
+    EXPECT_EQ(controller->Load(&load), 1);
+    EXPECT_FALSE(load.HasError());
+    EXPECT_EQ(controller->GetKeys(), (Keys{{3, 3.0}, {0, 0.0}}));
+  }
+}
+
+TEST(BezierControllerTest, NonKeyChunkAmongTheKeysIsClosedAndTheReaderStaysInStep) {
+  // | 0x0010 len 4+48+48 | count 2 | 0x0099 len 36 (zeros) | key (7, 3.5) |
+  // | 0x0015 len 8 | 2.25 |
+  ByteWriter file;
+  file.Header(0x0010, 4 + 48 + 48).Int32(2).Header(0x0099, 36).Zeros(36);
+  file.Key(7, 3.5).Header(0x0015, 8).Double(2.25);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_EQ(controller->Load(&load), 1);
+  EXPECT_FALSE(load.HasError());
+  // The first key stays zeroed; the second and the default value are read in step.
+  EXPECT_EQ(controller->GetKeys(), (Keys{{0, 0.0}, {7, 3.5}}));
+  EXPECT_EQ(controller->GetDefaultValue(), 2.25);
+}
+
+TEST(BezierControllerTest, KeyLoadReadsItsChunkAndSkipsUnknownSubChunks) {
+  // | 0x0005 len 12+8+12+4+12+2 | 0x0015 len 8 | 1.5 | 0x0010 len 4 | 9 | 0x0042 len 2 | 0 0 |
+  ByteWriter file;
+  file.Header(0x0005, 12 + 8 + 12 + 4 + 12 + 2);
+  file.Header(0x0015, 8).Double(1.5).Header(0x0010, 4).Int32(9).Header(0x0042, 2).Zeros(2);
+  SceneLoad load(file.bytes());
+  BezierKey key;
+  EXPECT_EQ(key.Load(&load), 1);
+  EXPECT_EQ(key, BezierKey(9, 1.5));
+  EXPECT_EQ(load.Depth(), 0);
+  EXPECT_FALSE(load.HasError());
+}
+
+TEST(BezierControllerTest, KeyLoadWithoutAChunkReadsNothing) {
+  SceneLoad load(Bytes{});
+  BezierKey key(4, 4.0);
+  EXPECT_EQ(key.Load(&load), 0);
+  EXPECT_EQ(key, BezierKey(4, 4.0));
+  EXPECT_EQ(load.Depth(), 0);
+}
+
+TEST(BezierControllerTest, KeyLoadClosesAChunkThatIsNotAKey) {
+  ByteWriter file;
+  file.Header(0x0010, 4).Int32(5).Key(1, 1.0);
+  SceneLoad load(file.bytes());
+  BezierKey key(4, 4.0);
+  EXPECT_EQ(key.Load(&load), 0);
+  EXPECT_EQ(key, BezierKey(4, 4.0));
+  EXPECT_EQ(load.Depth(), 0);
+  // The next key chunk is found where it should be.
+  EXPECT_EQ(key.Load(&load), 1);
+  EXPECT_EQ(key, BezierKey(1, 1.0));
+}
+
+TEST(BezierControllerTest, KeyLoadReportsACorruptKeyChunk) {
+  // | 0x0005 len 20 | 0x0010 len 100 (past its parent) | ... |
+  ByteWriter file;
+  file.Header(0x0005, 20).Header(0x0010, 100).Int32(1).Int32(2);
+  SceneLoad load(file.bytes());
+  BezierKey key;
+  EXPECT_EQ(key.Load(&load), 0);
+  EXPECT_TRUE(load.HasError());
+}
+
+TEST(BezierControllerTest, KeyCountLargerThanItsChunkCanHoldIsCorruption) {
+  // | 0x0010 len 4+47 | count 1 | 47 zero bytes |: one full key needs 48 bytes.
+  ByteWriter file;
+  file.Header(0x0010, 4 + 47).Int32(1).Zeros(47);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  controller->SetKey({0, 1.0});
+  EXPECT_EQ(controller->Load(&load), 0);
+  EXPECT_TRUE(load.HasError());
+  EXPECT_EQ(load.GetStatus().GetCode(), 2);
+  EXPECT_EQ(load.GetStatus().GetMessage(),
+            "chunk 0x0010 at offset 0: BezierController::Load : key count 1 exceeds what its "
+            "chunk can hold (reported at offset 16)");
+  // Nothing was resized.
+  EXPECT_EQ(controller->GetKeys(), (Keys{{0, 1.0}}));
+}
+
+TEST(BezierControllerTest, HugeKeyCountAllocatesNothing) {
+  ByteWriter file;
+  file.Header(0x0010, 4).Int32(0x7FFFFFFF);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_EQ(controller->Load(&load), 0);
+  EXPECT_TRUE(load.HasError());
+  EXPECT_TRUE(controller->GetKeys().empty());
+}
+
+TEST(BezierControllerTest, ExactlyFittingKeyCountIsAccepted) {
+  ByteWriter file;
+  file.Header(0x0010, 4 + 2 * 48).Int32(2).Key(1, 1.0).Key(2, 2.0);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_EQ(controller->Load(&load), 1);
+  EXPECT_EQ(controller->GetKeys(), (Keys{{1, 1.0}, {2, 2.0}}));
+}
+
+TEST(BezierControllerTest, NegativeKeyCountThrowsTheLengthError) {
+  // Kept as is: the count is widened with its sign and the resize refuses the size.
+  ByteWriter file;
+  file.Header(0x0010, 4).Int32(-1);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_THROW(controller->Load(&load), std::length_error);
+}
+
+TEST(BezierControllerTest, LoadReportsFailureWhenTheFramingIsCorrupt) {
+  // | 0x0015 len 8 | 3.0 | 0x0010 len 50 (past the end of the file) |
+  ByteWriter file;
+  file.Header(0x0015, 8).Double(3.0).Header(0x0010, 50);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_EQ(controller->Load(&load), 0);
+  EXPECT_EQ(controller->GetDefaultValue(), 3.0);
+}
+
+TEST(BezierControllerTest, TruncatedSaveNeverCrashesTheLoad) {
+  ScopedBlock<BezierController> controller(new BezierController(1.5, true));
+  controller->SetFloat(10, 2.0);
+  controller->SetFloat(20, 4.0);
+  const Bytes bytes = SavedBytes(controller.get());
+  for (std::size_t size = 0; size < bytes.size(); ++size) {
+    SCOPED_TRACE(size);
+    SceneLoad load(Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
+    ScopedBlock<BezierController> loaded(new BezierController(0.0, true));
+    const int result = loaded->Load(&load);
+    EXPECT_EQ(result == 0, load.HasError());
+    EXPECT_LE(loaded->GetKeys().size(), 3u);
+  }
 }
 
 }  // namespace

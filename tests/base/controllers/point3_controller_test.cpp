@@ -5,14 +5,19 @@
 #include <gtest/gtest.h>
 
 #include <orlo/base/controllers/bezier_controller.h>
+#include <orlo/base/engine/base_library.h>
+#include <orlo/base/engine/scene_engine.h>
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
 
-#include "event_recorder.h"
-#include "scoped_block.h"
+#include "tests/base/controllers/block_record_stream.h"
+#include "tests/base/controllers/scoped_block.h"
+#include "tests/testing/test_blocks.h"
 
 namespace Orlo {
 namespace {
 
-using testing::EventRecorder;
+using testing::RecordingListener;
 using testing::ScopedBlock;
 using Keys = std::vector<BezierKey>;
 
@@ -147,7 +152,7 @@ TEST(Point3ControllerTest, SlotHoldingAnotherKindOfBlockEvaluatesAsEmpty) {
 
 TEST(Point3ControllerTest, SetComponentWithoutSubcontrollerPostsCodeZero) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(false));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetX(0, 1.0);
   controller->SetY(0, 2.0);
@@ -163,7 +168,7 @@ TEST(Point3ControllerTest, SetComponentWithoutSubcontrollerPostsCodeZero) {
 
 TEST(Point3ControllerTest, SetPoint3WithoutSubcontrollersPostsNothing) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(false));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetPoint3(0, Point3<double>(1, 2, 3));
   EXPECT_TRUE(recorder.events.empty());
@@ -172,7 +177,7 @@ TEST(Point3ControllerTest, SetPoint3WithoutSubcontrollersPostsNothing) {
 
 TEST(Point3ControllerTest, SetComponentWithSubcontrollerOnlyForwardsItsEvent) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(true));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetY(5, 1.0);
   ASSERT_EQ(recorder.events.size(), 1u);
@@ -185,7 +190,7 @@ TEST(Point3ControllerTest, SetComponentWithSubcontrollerOnlyForwardsItsEvent) {
 
 TEST(Point3ControllerTest, SetPoint3WithSubcontrollersForwardsOneEventPerComponent) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(true));
-  EventRecorder recorder;
+  RecordingListener recorder;
   controller->AddBlockListener(&recorder);
   controller->SetPoint3(5, Point3<double>(1, 2, 3));
   ASSERT_EQ(recorder.events.size(), 3u);
@@ -241,6 +246,68 @@ TEST(Point3ControllerTest, CloneSkipsAMissingSubcontroller) {
   EXPECT_NE(SubController(clone, 1), nullptr);
   EXPECT_EQ(clone->GetDependency(2), nullptr);
   EXPECT_EQ(clone->GetZ(0), 6.0);
+}
+
+// ---- Files ----
+
+TEST(Point3ControllerTest, SaveAndLoadWriteAndReadNothing) {
+  ScopedBlock<Point3Controller> controller(new Point3Controller(false));
+  controller->SetPoint3(0, Point3<double>(1, 2, 3));
+  SceneSave save;
+  save.BeginChunk(0x0020);
+  EXPECT_EQ(controller->Save(&save), 1);
+  save.EndChunk();
+  save.BeginChunk(0x0010);
+  save.EndChunk();
+  // | 0x0020 len 0 | 0x0010 len 0 |
+  const std::vector<std::uint8_t> expected = {0x20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                              0x10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  const std::vector<std::uint8_t> bytes = save.TakeBytes();
+  EXPECT_EQ(bytes, expected);
+  SceneLoad load(bytes);
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  EXPECT_EQ(controller->Load(&load), 1);
+  load.CloseChunk();
+  // The reader is where it was: the next chunk is the sibling.
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  EXPECT_EQ(load.CurChunkID(), 0x0010u);
+  EXPECT_FALSE(load.HasError());
+}
+
+class Point3ControllerFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    SceneEngine::DestroyFactories();
+    RegisterBaseLibrary();
+  }
+  void TearDown() override { SceneEngine::DestroyFactories(); }
+};
+
+TEST_F(Point3ControllerFileTest, FallbackValuesAreNotKeptInTheFile) {
+  ScopedBlock<Point3Controller> controller(new Point3Controller(false));
+  controller->SetPoint3(0, Point3<double>(1, 2, 3));
+  ScopedBlock<Block> loaded_block(testing::LoadBlockGraph(testing::SaveBlockGraph(controller.get())));
+  auto* loaded = dynamic_cast<Point3Controller*>(loaded_block.get());
+  ASSERT_NE(loaded, nullptr);
+  EXPECT_EQ(loaded->GetPoint3(0), Point3<double>(0, 0, 0));
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(loaded->GetDependency(i), nullptr);
+}
+
+TEST_F(Point3ControllerFileTest, SubcontrollersComeBackAsDependencyBlocks) {
+  ScopedBlock<Point3Controller> controller(new Point3Controller(true));
+  controller->SetPoint3(10, Point3<double>(1, 2, 3));
+  controller->SetPoint3(20, Point3<double>(4, 5, 6));
+  ScopedBlock<Block> loaded_block(testing::LoadBlockGraph(testing::SaveBlockGraph(controller.get())));
+  auto* loaded = dynamic_cast<Point3Controller*>(loaded_block.get());
+  ASSERT_NE(loaded, nullptr);
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_NE(SubController(loaded, i), nullptr) << i;
+    EXPECT_EQ(SubController(loaded, i)->GetKeys(), SubController(controller.get(), i)->GetKeys());
+    EXPECT_EQ(SubController(loaded, i)->GetParentBlock(), loaded);
+  }
+  for (int time : {0, 5, 10, 15, 20, 25}) {
+    EXPECT_EQ(loaded->GetPoint3(time), controller->GetPoint3(time)) << time;
+  }
 }
 
 }  // namespace
