@@ -109,21 +109,23 @@ TEST_F(BlockEventsTest, LinkingDeliversCodeTwoWithTheSlotRestampedAtEveryHop) {
 
 TEST_F(BlockEventsTest, ListenersHearBeforeDependantsAndTheClimbIsDepthFirst) {
   // source has dependants first and second (in that order); first has dependant top.
-  auto* source = new TestBlock("source", 1, &journal);
-  TestBlock first("first", 1, &journal);
-  TestBlock second("second", 1, &journal);
-  TestBlock top("top", 1, &journal);
-  ASSERT_TRUE(first.MakeDependencyByID(0, source).IsOk());
-  ASSERT_TRUE(second.MakeDependencyByID(0, source).IsOk());
-  ASSERT_TRUE(top.MakeDependencyByID(0, &first).IsOk());
+  auto* source = new TestBlock("source", 1);
+  auto* first = new TestBlock("first", 1);
+  auto* second = new TestBlock("second", 1);
+  auto* top = new TestBlock("top", 1);
+  ASSERT_TRUE(first->MakeDependencyByID(0, source).IsOk());
+  ASSERT_TRUE(second->MakeDependencyByID(0, source).IsOk());
+  ASSERT_TRUE(top->MakeDependencyByID(0, first).IsOk());
+  Holder top_holder(top);
+  Holder second_holder(second);
   RecordingListener source_listener("source", &journal);
   RecordingListener first_listener("first", &journal);
   RecordingListener second_listener("second", &journal);
   RecordingListener top_listener("top", &journal);
   source->AddBlockListener(&source_listener);
-  first.AddBlockListener(&first_listener);
-  second.AddBlockListener(&second_listener);
-  top.AddBlockListener(&top_listener);
+  first->AddBlockListener(&first_listener);
+  second->AddBlockListener(&second_listener);
+  top->AddBlockListener(&top_listener);
 
   source->PostEvent(3, 9);
   EXPECT_THAT(journal.entries,
@@ -131,12 +133,9 @@ TEST_F(BlockEventsTest, ListenersHearBeforeDependantsAndTheClimbIsDepthFirst) {
                           "hear top 3/9 from top", "hear second 3/9 from second"));
 
   source->RemoveBlockListener(&source_listener);
-  first.RemoveBlockListener(&first_listener);
-  second.RemoveBlockListener(&second_listener);
-  top.RemoveBlockListener(&top_listener);
-  top.DeleteDependency(0);
-  first.DeleteDependency(0);
-  second.DeleteDependency(0);
+  first->RemoveBlockListener(&first_listener);
+  second->RemoveBlockListener(&second_listener);
+  top->RemoveBlockListener(&top_listener);
 }
 
 TEST_F(BlockEventsTest, DependantRecordedTwiceReceivesTheEventTwice) {
@@ -154,10 +153,11 @@ TEST_F(BlockEventsTest, DependantRecordedTwiceReceivesTheEventTwice) {
 
 TEST_F(BlockEventsTest, MutedBlockDeliversNothingAndCutsTheUpwardPath) {
   auto* source = new TestBlock("source");
-  TestBlock middle("middle");
+  auto* middle_block = new TestBlock("middle");
+  TestBlock& middle = *middle_block;
   TestBlock top("top");
   ASSERT_TRUE(middle.MakeDependencyByID(0, source).IsOk());
-  ASSERT_TRUE(top.MakeDependencyByID(0, &middle).IsOk());
+  ASSERT_TRUE(top.MakeDependencyByID(0, middle_block).IsOk());
   RecordingListener middle_listener("middle");
   RecordingListener top_listener("top");
   middle.AddBlockListener(&middle_listener);
@@ -179,8 +179,7 @@ TEST_F(BlockEventsTest, MutedBlockDeliversNothingAndCutsTheUpwardPath) {
 
   middle.RemoveBlockListener(&middle_listener);
   top.RemoveBlockListener(&top_listener);
-  top.DeleteDependency(0);
-  middle.DeleteDependency(0);
+  top.DeleteDependency(0);  // releases middle, then source
 }
 
 TEST_F(BlockEventsTest, BlockLosingItsLastDependantTellsOnlyItsListenersThenGoes) {
@@ -239,24 +238,23 @@ class TranslatingBlock : public TestBlock {
 };
 
 TEST_F(BlockEventsTest, EventsPostedByOneDependantArriveInTheOrderPosted) {
-  auto* source = new TestBlock("source", 1, &journal);
-  TranslatingBlock translator("translator", 1, &journal);
-  TestBlock top("top", 1, &journal);
-  ASSERT_TRUE(translator.MakeDependencyByID(0, source).IsOk());
-  ASSERT_TRUE(top.MakeDependencyByID(0, &translator).IsOk());
+  auto* source = new TestBlock("source", 1);
+  auto* translator = new TranslatingBlock("translator", 1);
+  TestBlock top("top", 1);
+  ASSERT_TRUE(translator->MakeDependencyByID(0, source).IsOk());
+  ASSERT_TRUE(top.MakeDependencyByID(0, translator).IsOk());
   RecordingListener translator_listener("translator", &journal);
   RecordingListener top_listener("top", &journal);
-  translator.AddBlockListener(&translator_listener);
+  translator->AddBlockListener(&translator_listener);
   top.AddBlockListener(&top_listener);
 
   source->PostEvent(3, 0);
   EXPECT_THAT(journal.entries,
               ElementsAre("hear translator 103/1 from translator", "hear top 103/1 from top",
                           "hear translator 103/2 from translator", "hear top 103/2 from top"));
-  translator.RemoveBlockListener(&translator_listener);
+  translator->RemoveBlockListener(&translator_listener);
   top.RemoveBlockListener(&top_listener);
-  top.DeleteDependency(0);
-  translator.DeleteDependency(0);
+  top.DeleteDependency(0);  // releases translator, then source
 }
 
 // A listener that posts an event of its own on another block while it hears one.
