@@ -73,8 +73,7 @@ int BezierKey::Load(SceneLoad* load) {
 
 // ---- BezierController ----
 
-BezierController::BezierController(double default_value, bool)
-    : m_default_value(default_value) {}
+BezierController::BezierController(double default_value, bool) : m_default_value(default_value) {}
 
 std::string BezierController::GetClassName() const { return "FloatController"; }
 
@@ -188,12 +187,14 @@ void BezierController::SetFloat(int time, double value) {
   PostEvent(3, 0);
 }
 
+// Kept as is: unlike SetFloat, SetKey posts no event; callers that fill keys in bulk rely on
+// it.
 void BezierController::SetKey(BezierKey key) {
   if (m_keys.empty() && key.time != 0) {
+    // The same two keys as SetFloat makes; the second key is already in place.
     m_keys = {BezierKey(0, m_default_value), key};
     return;
   }
-  // Kept as is: unlike SetFloat, no event; callers that fill keys in bulk rely on it.
   InsertOrReplace(key);
 }
 

@@ -10,8 +10,7 @@ namespace Orlo {
 namespace {
 
 constexpr const char* kSlotNames[] = {"data_table", "position_animation_controller",
-                                      "rotation_animation_controller",
-                                      "scale_animation_controller",
+                                      "rotation_animation_controller", "scale_animation_controller",
                                       "shear_animation_controller"};
 constexpr char kNoDependency[] = "no_dependency";
 constexpr unsigned kDataTableDependencyType = 205;
@@ -90,10 +89,10 @@ void Transform3Controller::SetDependency(int index, Block* block) {
   ControllerSlot& slot = m_controllers[index - kPositionSlot];
   slot.block = block;
   auto* controller = dynamic_cast<Controller*>(block);
-  slot.point3 = controller != nullptr &&
-                        controller->GetControllerType() == Point3Controller::kControllerType
-                    ? dynamic_cast<Point3Controller*>(block)
-                    : nullptr;
+  slot.point3 =
+      controller != nullptr && controller->GetControllerType() == Point3Controller::kControllerType
+          ? dynamic_cast<Point3Controller*>(block)
+          : nullptr;
 }
 
 Block* Transform3Controller::GetDependency(int index) const {
@@ -187,7 +186,7 @@ void Transform3Controller::SetMatrix3(Matrix3<double> matrix, int time) {
   double z = 0.0;
   (void)matrix.ToEulerAnglesXYZ(x, y, z);
   if (rotation != nullptr) rotation->SetPoint3(time, Point3<double>(x, y, z));
-  if (scale != nullptr) scale->SetPoint3(time, parts.k);
+  if (scale != nullptr) scale->SetPoint3(time, parts.stretch);
   PostEvent(0, 0);
 }
 

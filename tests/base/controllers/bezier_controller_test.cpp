@@ -337,8 +337,7 @@ TEST(BezierControllerTest, GetKeyMatchesGetFloatForNonNegativeTimes) {
   controller->SetFloat(10, 2.0);
   controller->SetFloat(20, 30.0);
   for (int time : {0, 3, 10, 15, 20, 25}) {
-    EXPECT_EQ(controller->GetKey(static_cast<unsigned>(time)), controller->GetFloat(time))
-        << time;
+    EXPECT_EQ(controller->GetKey(static_cast<unsigned>(time)), controller->GetFloat(time)) << time;
   }
 }
 

@@ -286,7 +286,8 @@ class Point3ControllerFileTest : public ::testing::Test {
 TEST_F(Point3ControllerFileTest, FallbackValuesAreNotKeptInTheFile) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(false));
   controller->SetPoint3(0, Point3<double>(1, 2, 3));
-  ScopedBlock<Block> loaded_block(testing::LoadBlockGraph(testing::SaveBlockGraph(controller.get())));
+  ScopedBlock<Block> loaded_block(
+      testing::LoadBlockGraph(testing::SaveBlockGraph(controller.get())));
   auto* loaded = dynamic_cast<Point3Controller*>(loaded_block.get());
   ASSERT_NE(loaded, nullptr);
   EXPECT_EQ(loaded->GetPoint3(0), Point3<double>(0, 0, 0));
@@ -297,7 +298,8 @@ TEST_F(Point3ControllerFileTest, SubcontrollersComeBackAsDependencyBlocks) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(true));
   controller->SetPoint3(10, Point3<double>(1, 2, 3));
   controller->SetPoint3(20, Point3<double>(4, 5, 6));
-  ScopedBlock<Block> loaded_block(testing::LoadBlockGraph(testing::SaveBlockGraph(controller.get())));
+  ScopedBlock<Block> loaded_block(
+      testing::LoadBlockGraph(testing::SaveBlockGraph(controller.get())));
   auto* loaded = dynamic_cast<Point3Controller*>(loaded_block.get());
   ASSERT_NE(loaded, nullptr);
   for (int i = 0; i < 3; ++i) {

@@ -317,8 +317,7 @@ TEST(Transform3ControllerTest, PositionAndUniformScaleGiveTheExpectedRows) {
   controller->SetPosition(Point3<double>(1, 2, 3), 0);
   controller->SetRotation(Point3<double>(0, 0, 0), 0);
   controller->SetScale(Point3<double>(2, 2, 2), 0);
-  ExpectMatrixEq(controller->GetMatrix3(0),
-                 Rows({2, 0, 0}, {0, 2, 0}, {0, 0, 2}, {1, 2, 3}));
+  ExpectMatrixEq(controller->GetMatrix3(0), Rows({2, 0, 0}, {0, 2, 0}, {0, 0, 2}, {1, 2, 3}));
 }
 
 TEST(Transform3ControllerTest, MatrixIsScaleThenRotationThenTranslation) {
@@ -416,7 +415,7 @@ TEST(Transform3ControllerTest, SetMatrix3TakesTheAnglesFromTheUnnormalisedRows) 
   EXPECT_EQ(controller->GetRotation(0), Point3<double>(x, y, z));
   AffinePartsD parts;
   DecomposeAffine(m, &parts);
-  EXPECT_EQ(controller->GetScale(0), parts.k);
+  EXPECT_EQ(controller->GetScale(0), parts.stretch);
 }
 
 TEST(Transform3ControllerTest, SetMatrix3PostsTheSubcontrollerEventsThenCodeZero) {
