@@ -1,6 +1,7 @@
 #include <orlo/support/scene_load.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -10,14 +11,15 @@
 #include <orlo/support/internal/little_endian.h>
 #include <orlo/support/internal/scene_file.h>
 
-namespace Orlo {
-namespace {
-
+// Keeps the error paths out of the hot ones, so that those stay small and inlined.
 #if defined(__GNUC__)
 #define ORLO_COLD __attribute__((cold, noinline))
 #else
 #define ORLO_COLD
 #endif
+
+namespace Orlo {
+namespace {
 
 // The window through which a file is read: large enough that system calls stop mattering.
 constexpr std::size_t kFileWindowBytes = std::size_t{64} << 10;
@@ -193,7 +195,9 @@ class SceneLoad::Impl {
     return kChunkOpened;
   }
 
+  // Requires: `offset` lies in the window (its end included).
   const std::uint8_t* WindowAt(std::uint64_t offset) const {
+    assert(offset >= m_window_start && offset <= m_window_end);
     return m_window.data() + (offset - m_window_start);
   }
 
@@ -214,15 +218,15 @@ class SceneLoad::Impl {
   ORLO_COLD bool TakeSlow(std::uint8_t* out, std::uint64_t size, std::uint64_t& delivered) {
     delivered = 0;
     if (m_failed) {
-      std::memset(out, 0, size);
+      if (size != 0) std::memset(out, 0, size);
       return false;
     }
     const std::uint64_t at = m_pos;
     const std::uint64_t left = m_end - m_pos;
     const std::uint64_t wanted = std::min(size, left);
     delivered = Copy(out, wanted);
-    std::memset(out + delivered, 0, size - delivered);
     if (delivered < size) {
+      std::memset(out + delivered, 0, size - delivered);
       Fail(Here(), "read of " + Number(size) + " bytes at offset " + Number(at) +
                        " finds only " + Number(left) + " left in " + Container());
       return false;

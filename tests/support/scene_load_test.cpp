@@ -353,6 +353,49 @@ TEST_F(SceneLoadFileTest, EmptyAndLongStringsComeBackWholeFromAFileAndFromMemory
   }
 }
 
+TEST_F(SceneLoadFileTest, StringsOfEverySizeReadBackAcrossTheReadWindowEdges) {
+  // Sizes from empty to larger than the reader's window, so that strings start, end and
+  // lie across the window's edges and the largest go straight to the caller's memory.
+  std::vector<std::string> texts;
+  for (std::size_t size = 0; size < 200000; size = size * 3 / 2 + 1) {
+    texts.emplace_back(size, static_cast<char>('a' + texts.size() % 26));
+  }
+  const std::string path = PathOf("sizes.scene");
+  {
+    Status status;
+    SceneSave save(path.c_str(), &status);
+    for (const std::string& text : texts) {
+      save.BeginChunk(0x20);
+      save.WriteString(text);
+      save.WriteUInt8(0x7E);
+      save.EndChunk();
+    }
+    ASSERT_TRUE(save.Finish().IsOk());
+  }
+  Status status;
+  SceneLoad load(path.c_str(), &status);
+  for (const std::string& expected : texts) {
+    ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+    std::string text;
+    EXPECT_TRUE(load.ReadString(text));
+    EXPECT_TRUE(text == expected) << "size " << expected.size();
+    std::uint8_t mark = 0;
+    EXPECT_TRUE(load.ReadUInt8(mark));
+    EXPECT_EQ(mark, 0x7E);
+    load.CloseChunk();
+  }
+  EXPECT_EQ(load.OpenChunk(), SceneLoad::kEndOfChunk);
+  EXPECT_FALSE(load.HasError());
+}
+
+TEST(SceneLoadTest, ANullPathFailsLikeAMissingFile) {
+  Status status;
+  SceneLoad load(nullptr, &status);
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(), "SceneLoad : Cannot open '' for reading: no path given.");
+  EXPECT_EQ(load.OpenChunk(), SceneLoad::kError);
+}
+
 TEST_F(SceneLoadFileTest, AFileOfManySmallChunksReadsBackAcrossTheReadWindow) {
   const std::string path = PathOf("many.scene");
   const std::uint32_t count = 20000;  // 20000 x 20 bytes: several 64 KiB windows
