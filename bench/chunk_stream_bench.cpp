@@ -211,29 +211,36 @@ BENCHMARK(BM_PlainReadFile)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_ChunkWriteMemory)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_ChunkReadMemory)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Keeps the mean real time of every benchmark so that the ratios can be printed at the end.
+// Keeps the mean real time per iteration of every benchmark (over all its repetitions) so
+// that the ratios can be printed at the end.
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Iteration && run.iterations > 0) {
-        m_seconds[run.benchmark_name()] = run.real_accumulated_time /
-                                          static_cast<double>(run.iterations);
-      }
+      if (run.run_type != Run::RT_Iteration || run.iterations <= 0) continue;
+      Totals& totals = m_totals[run.run_name.str()];
+      totals.seconds += run.real_accumulated_time;
+      totals.iterations += static_cast<double>(run.iterations);
     }
     ConsoleReporter::ReportRuns(runs);
   }
 
   void PrintRatio(const char* what, const std::string& chunk, const std::string& plain) const {
-    const auto a = m_seconds.find(chunk);
-    const auto b = m_seconds.find(plain);
-    if (a == m_seconds.end() || b == m_seconds.end() || b->second <= 0) return;
+    const auto a = m_totals.find(chunk);
+    const auto b = m_totals.find(plain);
+    if (a == m_totals.end() || b == m_totals.end()) return;
+    const double chunk_seconds = a->second.seconds / a->second.iterations;
+    const double plain_seconds = b->second.seconds / b->second.iterations;
     std::printf("%s: chunk stream %.1f ms, plain stdio %.1f ms, ratio %.2f\n", what,
-                a->second * 1e3, b->second * 1e3, a->second / b->second);
+                chunk_seconds * 1e3, plain_seconds * 1e3, chunk_seconds / plain_seconds);
   }
 
  private:
-  std::map<std::string, double> m_seconds;
+  struct Totals {
+    double seconds = 0;
+    double iterations = 0;
+  };
+  std::map<std::string, Totals> m_totals;
 };
 
 }  // namespace
