@@ -14,8 +14,7 @@ struct Box3 {
   Point3<T> max{-Math<T>::MAX_REAL, -Math<T>::MAX_REAL, -Math<T>::MAX_REAL};
 
   constexpr Box3() = default;
-  constexpr Box3(const Point3<T>& minimum, const Point3<T>& maximum)
-      : min(minimum), max(maximum) {}
+  constexpr Box3(const Point3<T>& minimum, const Point3<T>& maximum) : min(minimum), max(maximum) {}
 
   // Makes the box empty again.
   constexpr void Init() { *this = Box3(); }

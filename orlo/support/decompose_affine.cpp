@@ -117,8 +117,7 @@ void SymmetricEigen(Mat3 s, double k[3], Mat3* v_out) {
   constexpr int kMaxSweeps = 50;
   for (int sweep = 0; sweep < kMaxSweeps; ++sweep) {
     const double off = s.a[0][1] * s.a[0][1] + s.a[0][2] * s.a[0][2] + s.a[1][2] * s.a[1][2];
-    const double diagonal =
-        s.a[0][0] * s.a[0][0] + s.a[1][1] * s.a[1][1] + s.a[2][2] * s.a[2][2];
+    const double diagonal = s.a[0][0] * s.a[0][0] + s.a[1][1] * s.a[1][1] + s.a[2][2] * s.a[2][2];
     if (off == 0.0 || off <= 1e-32 * diagonal) break;
     static constexpr int kPairs[3][2] = {{0, 1}, {0, 2}, {1, 2}};
     for (const auto& pair : kPairs) {
@@ -128,10 +127,9 @@ void SymmetricEigen(Mat3 s, double k[3], Mat3* v_out) {
       // The rotation J (c, s in rows/columns p and q) with Jᵀ S J zero at (p, q); the
       // smaller root keeps the turn at most 45 degrees.
       const double theta = (s.a[q][q] - s.a[p][p]) / (2.0 * s.a[p][q]);
-      const double t = std::isinf(theta)
-                           ? 0.0
-                           : (theta >= 0.0 ? 1.0 : -1.0) /
-                                 (std::fabs(theta) + std::sqrt(theta * theta + 1.0));
+      const double t = std::isinf(theta) ? 0.0
+                                         : (theta >= 0.0 ? 1.0 : -1.0) /
+                                               (std::fabs(theta) + std::sqrt(theta * theta + 1.0));
       const double c = 1.0 / std::sqrt(t * t + 1.0);
       const double sn = t * c;
       Mat3 j = Identity3();
@@ -252,20 +250,16 @@ Quat ToQuat(const Matrix3<double>& m) {
   // Take the square root of the largest of the four candidates for accuracy.
   if (trace > 0.0) {
     const double s = 0.5 / std::sqrt(trace + 1.0);
-    q = Quat((r(2, 1) - r(1, 2)) * s, (r(0, 2) - r(2, 0)) * s, (r(1, 0) - r(0, 1)) * s,
-             0.25 / s);
+    q = Quat((r(2, 1) - r(1, 2)) * s, (r(0, 2) - r(2, 0)) * s, (r(1, 0) - r(0, 1)) * s, 0.25 / s);
   } else if (r(0, 0) >= r(1, 1) && r(0, 0) >= r(2, 2)) {
     const double s = 2.0 * std::sqrt(1.0 + r(0, 0) - r(1, 1) - r(2, 2));
-    q = Quat(0.25 * s, (r(0, 1) + r(1, 0)) / s, (r(0, 2) + r(2, 0)) / s,
-             (r(2, 1) - r(1, 2)) / s);
+    q = Quat(0.25 * s, (r(0, 1) + r(1, 0)) / s, (r(0, 2) + r(2, 0)) / s, (r(2, 1) - r(1, 2)) / s);
   } else if (r(1, 1) >= r(2, 2)) {
     const double s = 2.0 * std::sqrt(1.0 + r(1, 1) - r(0, 0) - r(2, 2));
-    q = Quat((r(0, 1) + r(1, 0)) / s, 0.25 * s, (r(1, 2) + r(2, 1)) / s,
-             (r(0, 2) - r(2, 0)) / s);
+    q = Quat((r(0, 1) + r(1, 0)) / s, 0.25 * s, (r(1, 2) + r(2, 1)) / s, (r(0, 2) - r(2, 0)) / s);
   } else {
     const double s = 2.0 * std::sqrt(1.0 + r(2, 2) - r(0, 0) - r(1, 1));
-    q = Quat((r(0, 2) + r(2, 0)) / s, (r(1, 2) + r(2, 1)) / s, 0.25 * s,
-             (r(1, 0) - r(0, 1)) / s);
+    q = Quat((r(0, 2) + r(2, 0)) / s, (r(1, 2) + r(2, 1)) / s, 0.25 * s, (r(1, 0) - r(0, 1)) / s);
   }
   const double length = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
   const double scale = (q.w < 0.0 ? -1.0 : 1.0) / length;
@@ -293,8 +287,7 @@ void DecomposeAffine(Matrix3<double> m, AffinePartsD* parts) {
   const double norm = FrobeniusNorm(l);
   // Newton's iteration needs the inverse; a (nearly) singular matrix takes the eigenvector
   // route, which copes with collapsed axes.
-  const bool regular =
-      std::fabs(det) > 1e-14 * norm * norm * norm && PolarRotation(l, &q);
+  const bool regular = std::fabs(det) > 1e-14 * norm * norm * norm && PolarRotation(l, &q);
   if (regular) {
     // l = S Q, so the stretch is S = l Qᵀ; symmetrise away the rounding before the
     // eigen-decomposition.

@@ -29,7 +29,9 @@ struct Point3 {
   }
   constexpr Point3 operator-() const { return Point3(-x, -y, -z); }
   constexpr Point3 operator*(T factor) const { return Point3(x * factor, y * factor, z * factor); }
-  constexpr Point3 operator/(T divisor) const { return Point3(x / divisor, y / divisor, z / divisor); }
+  constexpr Point3 operator/(T divisor) const {
+    return Point3(x / divisor, y / divisor, z / divisor);
+  }
 
   constexpr Point3& operator+=(const Point3& other) {
     x += other.x;

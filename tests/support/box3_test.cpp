@@ -1,8 +1,6 @@
-#include <orlo/support/box3.h>
-
-#include <orlo/support/math.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/box3.h>
+#include <orlo/support/math.h>
 
 #include <limits>
 

@@ -1,6 +1,5 @@
-#include <orlo/support/color.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/color.h>
 
 #include <type_traits>
 

@@ -1,8 +1,6 @@
-#include <orlo/support/affine_parts.h>
-
-#include <orlo/support/math.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/affine_parts.h>
+#include <orlo/support/math.h>
 
 #include <cmath>
 #include <random>
@@ -32,8 +30,7 @@ Matrix3<double> Translation(double x, double y, double z) {
   return t;
 }
 
-void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected,
-                double tolerance) {
+void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected, double tolerance) {
   for (int r = 0; r < 4; ++r) {
     for (int c = 0; c < 3; ++c) {
       EXPECT_NEAR(actual.m[r][c], expected.m[r][c], tolerance) << "row " << r << " col " << c;
@@ -42,14 +39,12 @@ void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected,
 }
 
 void ExpectFinite(const AffinePartsD& parts) {
-  const double values[] = {parts.translation.x,      parts.translation.y,
-                           parts.translation.z,      parts.rotation.x,
-                           parts.rotation.y,         parts.rotation.z,
-                           parts.rotation.w,         parts.stretch_rotation.x,
-                           parts.stretch_rotation.y, parts.stretch_rotation.z,
-                           parts.stretch_rotation.w, parts.stretch.x,
-                           parts.stretch.y,          parts.stretch.z,
-                           parts.determinant_sign};
+  const double values[] = {
+      parts.translation.x,      parts.translation.y,      parts.translation.z,
+      parts.rotation.x,         parts.rotation.y,         parts.rotation.z,
+      parts.rotation.w,         parts.stretch_rotation.x, parts.stretch_rotation.y,
+      parts.stretch_rotation.z, parts.stretch_rotation.w, parts.stretch.x,
+      parts.stretch.y,          parts.stretch.z,          parts.determinant_sign};
   for (double value : values) EXPECT_TRUE(std::isfinite(value));
 }
 
@@ -61,9 +56,7 @@ void ExpectUnit(const Quat& q) {
 TEST(AffinePartsTest, FieldsComeInTheirDeclaredOrder) {
   AffinePartsD parts;
   const char* base = reinterpret_cast<const char*>(&parts);
-  const auto offset = [base](const void* field) {
-    return static_cast<const char*>(field) - base;
-  };
+  const auto offset = [base](const void* field) { return static_cast<const char*>(field) - base; };
   EXPECT_EQ(offset(&parts.translation), 0);
   EXPECT_LT(offset(&parts.translation), offset(&parts.rotation));
   EXPECT_LT(offset(&parts.rotation), offset(&parts.stretch_rotation));
@@ -92,8 +85,8 @@ TEST(QuatTest, MatrixAndQuaternionConvertBothWays) {
     ExpectNear(ToMatrix3(q), r, 1e-14);
   }
   // Half turns, where the trace is -1 and every branch of the extraction is needed.
-  for (const Matrix3<double>& r : {Euler(kPi, 0, 0), Euler(0, kPi, 0), Euler(0, 0, kPi),
-                                   Euler(kPi / 2, kPi, 0)}) {
+  for (const Matrix3<double>& r :
+       {Euler(kPi, 0, 0), Euler(0, kPi, 0), Euler(0, 0, kPi), Euler(kPi / 2, kPi, 0)}) {
     const Quat q = ToQuat(r);
     ExpectUnit(q);
     ExpectNear(ToMatrix3(q), r, 1e-14);
@@ -165,9 +158,9 @@ TEST(DecomposeAffineTest, DeterminantSignFollowsTheNumberOfMirroredAxes) {
   for (int trial = 0; trial < 500; ++trial) {
     const int flips = mirror(random);
     const Point3<double> s(scale(random), scale(random), scale(random));
-    const Matrix3<double> m = Scale((flips & 1) ? -s.x : s.x, (flips & 2) ? -s.y : s.y,
-                                    (flips & 4) ? -s.z : s.z) *
-                              Euler(angle(random), angle(random), angle(random));
+    const Matrix3<double> m =
+        Scale((flips & 1) ? -s.x : s.x, (flips & 2) ? -s.y : s.y, (flips & 4) ? -s.z : s.z) *
+        Euler(angle(random), angle(random), angle(random));
     AffinePartsD parts;
     DecomposeAffine(m, &parts);
     const int mirrored = ((flips & 1) != 0) + ((flips & 2) != 0) + ((flips & 4) != 0);

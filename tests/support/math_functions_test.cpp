@@ -1,8 +1,6 @@
-#include <orlo/support/math_functions.h>
-
-#include <orlo/support/math.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/math.h>
+#include <orlo/support/math_functions.h>
 
 #include <cmath>
 #include <random>
@@ -10,13 +8,11 @@
 namespace Orlo {
 namespace {
 
-Matrix3<double> Rows(Point3<double> r0, Point3<double> r1, Point3<double> r2,
-                     Point3<double> r3) {
+Matrix3<double> Rows(Point3<double> r0, Point3<double> r1, Point3<double> r2, Point3<double> r3) {
   return Matrix3<double>(r0, r1, r2, r3);
 }
 
-void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected,
-                double tolerance) {
+void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected, double tolerance) {
   for (int r = 0; r < 4; ++r) {
     for (int c = 0; c < 3; ++c) {
       EXPECT_NEAR(actual.m[r][c], expected.m[r][c], tolerance) << "row " << r << " col " << c;

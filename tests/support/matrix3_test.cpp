@@ -1,8 +1,6 @@
-#include <orlo/support/matrix3.h>
-
-#include <orlo/support/math.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/math.h>
+#include <orlo/support/matrix3.h>
 
 #include <cmath>
 #include <random>
@@ -13,8 +11,7 @@ namespace {
 constexpr double kPi = Math<double>::PI;
 constexpr double kHalfPi = Math<double>::HALF_PI;
 
-Matrix3<double> Rows(Point3<double> r0, Point3<double> r1, Point3<double> r2,
-                     Point3<double> r3) {
+Matrix3<double> Rows(Point3<double> r0, Point3<double> r1, Point3<double> r2, Point3<double> r3) {
   return Matrix3<double>(r0, r1, r2, r3);
 }
 
@@ -38,8 +35,7 @@ Matrix3<double> Euler(double x, double y, double z) {
   return r;
 }
 
-void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected,
-                double tolerance) {
+void ExpectNear(const Matrix3<double>& actual, const Matrix3<double>& expected, double tolerance) {
   for (int r = 0; r < 4; ++r) {
     for (int c = 0; c < 3; ++c) {
       EXPECT_NEAR(actual.m[r][c], expected.m[r][c], tolerance) << "row " << r << " col " << c;
@@ -260,9 +256,8 @@ TEST(Matrix3Test, ToEulerAnglesNeverGivesNaNForScaledOrDegenerateInput) {
   std::uniform_real_distribution<double> angle(-kPi, kPi);
   std::uniform_real_distribution<double> scale(-50.0, 50.0);
   for (int trial = 0; trial < 1000; ++trial) {
-    const Matrix3<double> m =
-        Scale(scale(random), scale(random), scale(random)) *
-        Euler(angle(random), angle(random), angle(random));
+    const Matrix3<double> m = Scale(scale(random), scale(random), scale(random)) *
+                              Euler(angle(random), angle(random), angle(random));
     double x = 0, y = 0, z = 0;
     m.ToEulerAnglesXYZ(x, y, z);
     EXPECT_TRUE(std::isfinite(x) && std::isfinite(y) && std::isfinite(z));

@@ -1,6 +1,5 @@
-#include <orlo/support/point3.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/point3.h>
 
 namespace Orlo {
 namespace {

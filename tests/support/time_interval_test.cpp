@@ -1,6 +1,5 @@
-#include <orlo/support/time_interval.h>
-
 #include <gtest/gtest.h>
+#include <orlo/support/time_interval.h>
 
 #include <limits>
 
