@@ -3,6 +3,13 @@
 #include <memory>
 
 #include <orlo/base/block/block_table.h>
+#include <orlo/base/data/data_bool.h>
+#include <orlo/base/data/data_color.h>
+#include <orlo/base/data/data_float.h>
+#include <orlo/base/data/data_int.h>
+#include <orlo/base/data/data_point3.h>
+#include <orlo/base/data/data_string.h>
+#include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
 
 namespace Orlo {
@@ -25,6 +32,13 @@ void RegisterBaseLibrary() {
   // The order is part of the library's contract: hosts and the scene reader see the
   // factories in this order.
   Register<BlockVectorFactory>();
+  Register<DataFloatFactory>();
+  Register<DataIntFactory>();
+  Register<DataBoolFactory>();
+  Register<DataPoint3Factory>();
+  Register<DataColorFactory>();
+  Register<DataStringFactory>();
+  Register<DataTableFactory>();
 }
 
 }  // namespace Orlo
