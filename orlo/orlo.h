@@ -12,7 +12,12 @@
 #include <orlo/base/block/block_event.h>
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/block/block_listener.h>
+#include <orlo/base/block/block_table.h>
 #include <orlo/base/block/block_type.h>
 
+#include <orlo/base/controllers/controller.h>
+#include <orlo/base/controllers/float_controller.h>
+
+#include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>

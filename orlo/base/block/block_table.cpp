@@ -1,0 +1,205 @@
+#include <orlo/base/block/block_table.h>
+
+#include <cassert>
+
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
+
+namespace Orlo {
+
+namespace {
+
+constexpr unsigned kCountChunk = 0x0005;
+// Each entry comes back through one 4-byte number in the block's dependency chunk.
+constexpr std::uint64_t kBytesPerEntryInFile = 4;
+
+constexpr char kSetBlockOutOfRange[] = "BlockTable::SetBlock: The id of the blocks is out of range";
+
+// Mutes a table for a bulk edit and unmutes it when the edit is done, so the individual
+// dependency changes stay quiet and only the edit's summary event is delivered.
+class MuteScope {
+ public:
+  explicit MuteScope(Block* block) : m_block(block) { m_block->SetSendEvents(false); }
+  MuteScope(const MuteScope&) = delete;
+  MuteScope& operator=(const MuteScope&) = delete;
+  ~MuteScope() { m_block->SetSendEvents(true); }
+
+ private:
+  Block* m_block;
+};
+
+}  // namespace
+
+BlockTable::BlockTable(bool) {}
+
+BlockTable::~BlockTable() { DeleteAllDependencies(); }
+
+std::string BlockTable::GetClassName() const { return "BlockTable"; }
+
+BlockType BlockTable::GetBlockType() const { return m_block_type; }
+
+int BlockTable::NumDependencies() const { return static_cast<int>(m_blocks.size()); }
+
+void BlockTable::SetDependency(int index, Block* block) {
+  if (index >= 0 && index < NumDependencies()) m_blocks[static_cast<std::size_t>(index)] = block;
+}
+
+Block* BlockTable::GetDependency(int index) const { return GetBlock(index); }
+
+std::string BlockTable::GetDependencyName(int index) const {
+  const Block* entry = GetBlock(index);
+  return entry != nullptr ? entry->GetClassName() : "no_dependency";
+}
+
+void BlockTable::DeleteThis() { delete this; }
+
+unsigned BlockTable::GetNumBlocks() const { return static_cast<unsigned>(m_blocks.size()); }
+
+Block* BlockTable::GetBlock(int index) const {
+  if (index < 0 || index >= NumDependencies()) return nullptr;
+  return m_blocks[static_cast<std::size_t>(index)];
+}
+
+unsigned BlockTable::GetBlockId(Block* block) const {
+  for (std::size_t i = m_blocks.size(); i > 0; --i) {
+    if (m_blocks[i - 1] == block) return static_cast<unsigned>(i - 1);
+  }
+  return kNotFound;
+}
+
+bool BlockTable::IsBlock(Block* block) const { return GetBlockId(block) != kNotFound; }
+
+void BlockTable::Append(Block* block) {
+  // The list grows by half its capacity, at least to the size it needs.
+  if (m_blocks.size() == m_blocks.capacity()) {
+    m_blocks.reserve(m_blocks.capacity() + m_blocks.capacity() / 2 + 1);
+  }
+  m_blocks.push_back(block);
+}
+
+void BlockTable::PushBack(Block* block) {
+  {
+    MuteScope mute(this);
+    const int index = NumDependencies();
+    Append(block);
+    // Kept as is: the entry is appended before the link is made, so a block refused by the
+    // cycle test stays in the list unlinked. The refusal is not reported.
+    (void)MakeDependencyByID(index, block);
+  }
+  PostEvent(2, 0);
+}
+
+Status BlockTable::SetBlock(int index, Block* block) {
+  if (block != nullptr && index >= 0 && index < NumDependencies()) {
+    return MakeDependencyByID(index, block);
+  }
+  // A null block deliberately gets the out-of-range message too.
+  return Status(Status::kFailed, kSetBlockOutOfRange);
+}
+
+void BlockTable::Erase(int index) {
+  {
+    MuteScope mute(this);
+    if (index < 0 || index >= NumDependencies()) return;
+    DeleteDependency(index);
+    // Releasing the entry may have run code that reshaped the list.
+    if (index < NumDependencies()) m_blocks.erase(m_blocks.begin() + index);
+  }
+  PostEvent(2, index);
+}
+
+void BlockTable::Erase(Block* block) {
+  bool removed = false;
+  {
+    MuteScope mute(this);
+    for (int position = NumDependencies() - 1; position >= 0; --position) {
+      if (position >= NumDependencies() || m_blocks[static_cast<std::size_t>(position)] != block) {
+        continue;
+      }
+      DeleteDependency(position);
+      if (position < NumDependencies()) m_blocks.erase(m_blocks.begin() + position);
+      removed = true;
+    }
+  }
+  if (removed) PostEvent(2, 0);
+}
+
+void BlockTable::SwapBlocks(Block* a, Block* b) {
+  if (a == nullptr || b == nullptr || m_blocks.empty()) return;
+  std::size_t position_a = m_blocks.size();
+  std::size_t position_b = m_blocks.size();
+  for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+    if (m_blocks[i] == a) position_a = i;
+    if (m_blocks[i] == b) position_b = i;
+  }
+  if (position_a == m_blocks.size() || position_b == m_blocks.size()) return;
+  // Raw stores: both stay dependencies of the table, so no bookkeeping is needed.
+  m_blocks[position_a] = b;
+  m_blocks[position_b] = a;
+  PostEvent(2, 0);
+}
+
+void BlockTable::ShrinkTo(std::size_t count) {
+  while (m_blocks.size() > count) {
+    // Destroyed outright, even when other blocks still use it: their slots become null. The
+    // raw store of null also reaches this table's own entries that held the block.
+    if (Block* last = m_blocks.back()) last->DeleteThisBlock(true);
+    if (m_blocks.size() > count) m_blocks.pop_back();
+  }
+}
+
+void BlockTable::SetNumBlocks(int count) {
+  assert(count >= 0 && "BlockTable::SetNumBlocks: negative count");
+  const std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
+  if (wanted < m_blocks.size()) {
+    ShrinkTo(wanted);
+  } else {
+    m_blocks.resize(wanted, nullptr);
+  }
+}
+
+Block* BlockTable::Clone() {
+  auto* copy = new BlockTable(true);
+  copy->SetNumBlocks(NumDependencies());
+  for (int i = 0; i < NumDependencies(); ++i) {
+    // Every entry should be present when a table is cloned; a null one stays null.
+    if (Block* entry = GetBlock(i)) (void)copy->SetBlock(i, entry->Clone());
+  }
+  return copy;
+}
+
+int BlockTable::Save(SceneSave* save) {
+  save->BeginChunk(kCountChunk);
+  save->WriteInt32(NumDependencies());
+  save->EndChunk();
+  return 1;
+}
+
+int BlockTable::Load(SceneLoad* load) {
+  int result = SceneLoad::kError;
+  while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
+    if (load->CurChunkID() == kCountChunk) {
+      std::int32_t count = 0;
+      load->ReadInt32(count);
+      if (count < 0 ||
+          static_cast<std::uint64_t>(count) > load->BytesLeftInFile() / kBytesPerEntryInFile) {
+        load->ReportCorruption("block list of " + std::to_string(count) +
+                               " entries does not fit the file");
+      } else if (static_cast<std::size_t>(count) < m_blocks.size()) {
+        ShrinkTo(static_cast<std::size_t>(count));
+      } else {
+        m_blocks.resize(static_cast<std::size_t>(count), nullptr);
+      }
+    }
+    load->CloseChunk();
+  }
+  return result == SceneLoad::kError ? 0 : 1;
+}
+
+BlockType BlockVectorFactory::GetBlockType() const { return BlockTable::m_block_type; }
+
+Block* BlockVectorFactory::GetBlock(bool) const { return new BlockTable(true); }
+
+std::string BlockVectorFactory::GetName() const { return "BlockTable"; }
+
+}  // namespace Orlo
