@@ -8,12 +8,12 @@
 
 #include <orlo/base/data/data_table.h>
 
-#include "tests/base/data/test_blocks.h"
+#include "tests/base/data/data_test_blocks.h"
 
 namespace Orlo {
 namespace {
 
-using testing::Holder;
+using testing::TestBlock;
 using testing::Release;
 using testing::TableOwner;
 
@@ -39,7 +39,7 @@ class AttributeTest : public ::testing::Test {
     m_table->AddDataPoint3(3, {1.0, 2.0, 3.0}, 1);
     m_table->AddDataColor(4, {0.5f, 0.25f, 0.125f}, 1);
     m_table->AddDataString(5, "five", 1);
-    m_bare = new Holder;
+    m_bare = new TestBlock("bare", 1);
   }
   void TearDown() override {
     Release(m_owner);
@@ -48,7 +48,7 @@ class AttributeTest : public ::testing::Test {
 
   TableOwner* m_owner = nullptr;
   DataTable* m_table = nullptr;
-  Holder* m_bare = nullptr;
+  TestBlock* m_bare = nullptr;
 };
 
 TEST_F(AttributeTest, TheBaseBlockHasNoTableAndRefusesOne) {

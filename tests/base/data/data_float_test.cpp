@@ -4,12 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/base/data/test_blocks.h"
+#include "tests/base/data/data_test_blocks.h"
 
 namespace Orlo {
 namespace {
 
-using testing::Holder;
+using testing::TestBlock;
 using testing::RecordingListener;
 using testing::Release;
 using testing::TestController;
@@ -121,7 +121,7 @@ TEST_F(DataFloatTest, SetDependencyIsARawStoreIgnoredOutsideTheSlots) {
 
 TEST_F(DataFloatTest, GetControllerOfASlotHoldingABlockThatIsNoControllerIsNull) {
   auto* data = new DataFloat(0, 0.0, 1);
-  auto* other = new Holder;
+  auto* other = new TestBlock("other", 0);
   ASSERT_TRUE(data->MakeDependencyByID(0, other).IsOk());
   EXPECT_EQ(data->GetDependency(0), other);
   EXPECT_EQ(data->GetController(0), nullptr);

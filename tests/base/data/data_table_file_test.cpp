@@ -23,7 +23,7 @@
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
-#include "tests/base/data/test_blocks.h"
+#include "tests/base/data/data_test_blocks.h"
 
 namespace Orlo {
 namespace {

@@ -15,13 +15,13 @@
 #include <orlo/base/data/data_int.h>
 
 #include "tests/base/data/payload_bytes.h"
-#include "tests/base/data/test_blocks.h"
+#include "tests/base/data/data_test_blocks.h"
 
 namespace Orlo {
 namespace {
 
 using testing::Bytes;
-using testing::Holder;
+using testing::TestBlock;
 using testing::LoadOutcome;
 using testing::LoadPayload;
 using testing::PayloadChunks;
@@ -300,11 +300,11 @@ TEST(DataTableTest, TwoValuesWithOneIdMapToTheLaterSlot) {
 TEST(DataTableTest, ASlotHoldingABlockThatIsNoDataValueIsSkippedByEveryLookup) {
   auto* table = new DataTable(true);
   table->AddDataInt(0, 1, 1);
-  auto* other = new Holder;
+  auto* other = new TestBlock("other", 0);
   ASSERT_TRUE(table->MakeDependencyByID(0, other).IsOk());
   table->UpdateIDToIndex();
   EXPECT_EQ(table->GetDependency(0), other);
-  EXPECT_EQ(table->GetDependencyName(0), "Holder");
+  EXPECT_EQ(table->GetDependencyName(0), "TestBlock");
   EXPECT_EQ(table->GetDataID(0), -1);
   EXPECT_TRUE(table->GetIDToIndex().empty());
   EXPECT_EQ(table->GetData(0), nullptr);
@@ -535,10 +535,36 @@ TEST(DataTableTest, AValueInTwoSlotsIsReportedOncePerSlot) {
   RecordingListener listener;
   table->AddBlockListener(&listener);
   shared->SetValue(5, 0, 0);
+  // The value lists the table as a dependant twice, so the table hears the change twice, and
+  // each time reports it once for each of the two slots.
+  ASSERT_EQ(listener.events.size(), 4u);
+  for (const BlockEvent& event : listener.events) {
+    EXPECT_EQ(event.block, table);
+    EXPECT_EQ(event.code, 3);
+    EXPECT_EQ(event.param, 0);
+  }
+  table->RemoveBlockListener(&listener);
+  Release(table);
+}
+
+TEST(DataTableTest, OneDeliveryFromAValueInTwoSlotsIsReportedForEachSlot) {
+  auto* table = new DataTable(true);
+  table->AddDataInt(0, 0, 1);
+  table->AddDataInt(1, 0, 1);
+  Data* shared = table->GetData(0);
+  Data* replaced = table->GetData(1);
+  // A raw store: the value keeps a single back reference, so it delivers the change once.
+  table->SetDependency(1, shared);
+  RecordingListener listener;
+  table->AddBlockListener(&listener);
+  shared->SetValue(5, 0, 0);
   ASSERT_EQ(listener.events.size(), 2u);
   EXPECT_EQ(listener.events[0].param, 0);
   EXPECT_EQ(listener.events[1].param, 0);
+  EXPECT_EQ(table->GetLastDataChanged(), 0);
   table->RemoveBlockListener(&listener);
+  // Put the linked value back so that the release matches the links.
+  table->SetDependency(1, replaced);
   Release(table);
 }
 

@@ -21,7 +21,7 @@
 #include <orlo/base/data/data_point3.h>
 #include <orlo/base/data/data_string.h>
 
-#include "tests/base/data/test_blocks.h"
+#include "tests/base/data/data_test_blocks.h"
 
 namespace Orlo {
 namespace {

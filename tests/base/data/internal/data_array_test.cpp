@@ -17,7 +17,7 @@
 #include <orlo/base/data/data_string.h>
 
 #include "tests/base/data/payload_bytes.h"
-#include "tests/base/data/test_blocks.h"
+#include "tests/base/data/data_test_blocks.h"
 
 namespace Orlo {
 namespace {

@@ -1,5 +1,5 @@
-// Small blocks and observers shared by the parameter tests: a scalar controller, a block that
-// owns a parameter table, a one-slot block to stack above it, and a listener that records.
+// Blocks shared by the parameter tests: a scalar controller and a block that owns a parameter
+// table. The plain test block and the recording listener come from tests/testing.
 // Every block here is created with new and released through the graph like any other.
 #pragma once
 
@@ -8,9 +8,10 @@
 #include <vector>
 
 #include <orlo/base/block/block.h>
-#include <orlo/base/block/block_listener.h>
 #include <orlo/base/controllers/float_controller.h>
 #include <orlo/base/data/data_table.h>
+
+#include "tests/testing/test_blocks.h"
 
 namespace Orlo {
 
@@ -31,13 +32,6 @@ namespace Orlo::testing {
 inline void Release(Block* block) {
   if (block != nullptr) block->DeleteThisBlock(true);
 }
-
-// Records every event it hears, in order.
-class RecordingListener : public BlockListener {
- public:
-  void OnBlockEvent(BlockEvent event) override { events.push_back(event); }
-  std::vector<BlockEvent> events;
-};
 
 // A scalar controller that holds one value. SetFloat posts code 3 like a keyed controller
 // does. `live` counts the instances, so tests can see clones made and released.
@@ -97,32 +91,6 @@ class TableOwner : public Block {
 
  private:
   Block* m_table = nullptr;
-};
-
-// A block with one slot and no table; stacked to build chains of dependants.
-class Holder : public Block {
- public:
-  Holder() = default;
-  Holder(const Holder&) = delete;
-  Holder& operator=(const Holder&) = delete;
-
-  std::string GetClassName() const override { return "Holder"; }
-  BlockType GetBlockType() const override { return {900, 1, 2}; }
-  int NumDependencies() const override { return 1; }
-  void SetDependency(int index, Block* block) override {
-    if (index == 0) m_block = block;
-  }
-  Block* GetDependency(int index) const override { return index == 0 ? m_block : nullptr; }
-  std::string GetDependencyName(int index) const override {
-    return index == 0 ? "held" : "no_dependency";
-  }
-  Block* Clone() override { return new Holder; }
-  int Save(SceneSave*) override { return 1; }
-  int Load(SceneLoad*) override { return 1; }
-  void DeleteThis() override { delete this; }
-
- private:
-  Block* m_block = nullptr;
 };
 
 }  // namespace Orlo::testing
