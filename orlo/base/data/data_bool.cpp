@@ -3,7 +3,7 @@
 namespace Orlo {
 
 DataBool::DataBool(int id, bool default_value, int size)
-    : DataArray(id, std::move(default_value), size) {}
+    : DataArray(id, default_value, size) {}
 
 std::string DataBool::GetClassName() const { return "DataBool"; }
 

@@ -3,7 +3,7 @@
 namespace Orlo {
 
 DataColor::DataColor(int id, Color default_value, int size)
-    : DataArray(id, std::move(default_value), size) {}
+    : DataArray(id, default_value, size) {}
 
 std::string DataColor::GetClassName() const { return "DataColor"; }
 

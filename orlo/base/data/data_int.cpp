@@ -8,7 +8,7 @@ using internal::IntThroughFloat;
 using internal::TruncateToInt;
 
 DataInt::DataInt(int id, int default_value, int size)
-    : DataArray(id, std::move(default_value), size) {}
+    : DataArray(id, default_value, size) {}
 
 std::string DataInt::GetClassName() const { return "DataInt"; }
 

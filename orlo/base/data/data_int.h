@@ -1,6 +1,7 @@
-// Defines DataInt, the data value of signed 32-bit integer elements, and its factory DataIntFactory.
-// Owned by the DataTable it sits in (through the block graph); a factory-made value
-// carries the id -1 and the default 0.
+// Defines DataInt, the data value of signed 32-bit integer elements, and its factory
+// DataIntFactory.
+// Owned by the DataTable it sits in (through the block graph); a factory-made value carries
+// the id -1 and the default 0.
 #pragma once
 
 #include <string>

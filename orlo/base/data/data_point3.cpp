@@ -3,7 +3,7 @@
 namespace Orlo {
 
 DataPoint3::DataPoint3(int id, Point3<double> default_value, int size)
-    : DataArray(id, std::move(default_value), size) {}
+    : DataArray(id, default_value, size) {}
 
 std::string DataPoint3::GetClassName() const { return "DataPoint3"; }
 

@@ -1,6 +1,7 @@
-// Defines DataPoint3, the data value of three-component double elements, and its factory DataPoint3Factory.
-// Owned by the DataTable it sits in (through the block graph); a factory-made value
-// carries the id -1 and the default (0, 0, 0).
+// Defines DataPoint3, the data value of three-component double elements, and its factory
+// DataPoint3Factory.
+// Owned by the DataTable it sits in (through the block graph); a factory-made value carries
+// the id -1 and the default (0, 0, 0).
 #pragma once
 
 #include <string>

@@ -1,5 +1,7 @@
 #include <orlo/base/data/data_string.h>
 
+#include <utility>
+
 namespace Orlo {
 
 DataString::DataString(int id, std::string default_value, int size)

@@ -1,6 +1,7 @@
-// Defines DataString, the data value of narrow string elements, and its factory DataStringFactory.
-// Owned by the DataTable it sits in (through the block graph); a factory-made value
-// carries the id -1 and the empty default.
+// Defines DataString, the data value of narrow string elements, and its factory
+// DataStringFactory.
+// Owned by the DataTable it sits in (through the block graph); a factory-made value carries
+// the id -1 and the empty default.
 #pragma once
 
 #include <string>

@@ -9,9 +9,9 @@
 namespace Orlo {
 namespace {
 
-using testing::TestBlock;
 using testing::RecordingListener;
 using testing::Release;
+using testing::TestBlock;
 using testing::TestController;
 
 class DataFloatTest : public ::testing::Test {

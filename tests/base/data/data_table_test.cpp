@@ -14,14 +14,13 @@
 #include <orlo/base/data/data_float.h>
 #include <orlo/base/data/data_int.h>
 
-#include "tests/base/data/payload_bytes.h"
 #include "tests/base/data/data_test_blocks.h"
+#include "tests/base/data/payload_bytes.h"
 
 namespace Orlo {
 namespace {
 
 using testing::Bytes;
-using testing::TestBlock;
 using testing::LoadOutcome;
 using testing::LoadPayload;
 using testing::PayloadChunks;
@@ -31,6 +30,7 @@ using testing::RecordingListener;
 using testing::Release;
 using testing::SavePayload;
 using testing::TableOwner;
+using testing::TestBlock;
 using testing::TestController;
 
 const Point3<double> kSamplePoint(1.5, -2.5, 3.25);

@@ -20,6 +20,9 @@
 #include <orlo/base/data/data_int.h>
 #include <orlo/base/data/data_point3.h>
 #include <orlo/base/data/data_string.h>
+#include <orlo/base/data/data_table.h>
+#include <orlo/base/engine/base_library.h>
+#include <orlo/base/engine/scene_engine.h>
 
 #include "tests/base/data/data_test_blocks.h"
 
@@ -72,20 +75,47 @@ std::vector<ByValueRow> ByValueRows() {
       {"DataInt 7", Holding<DataInt>(7), true, 7, 7.0, kNoPoint3F, kNoPoint3I, {}, ""},
       {"DataInt 0", Holding<DataInt>(0), false, 0, 0.0, kNoPoint3F, kNoPoint3I, {}, ""},
       {"DataInt -5", Holding<DataInt>(-5), true, -5, -5.0, kNoPoint3F, kNoPoint3I, {}, ""},
-      {"DataInt 16777217", Holding<DataInt>(16777217), true, 16777217, 16777216.0, kNoPoint3F,
-       kNoPoint3I, {}, ""},
-      {"DataFloat 2.9", Holding<DataFloat>(2.9), true, 2, 2.9, kNoPoint3F, kNoPoint3I, {}, ""},
-      {"DataFloat -2.9", Holding<DataFloat>(-2.9), true, -2, -2.9, kNoPoint3F, kNoPoint3I, {},
+      {"DataInt 16777217",
+       Holding<DataInt>(16777217),
+       true,
+       16777217,
+       16777216.0,
+       kNoPoint3F,
+       kNoPoint3I,
+       {},
        ""},
+      {"DataFloat 2.9", Holding<DataFloat>(2.9), true, 2, 2.9, kNoPoint3F, kNoPoint3I, {}, ""},
+      {"DataFloat -2.9", Holding<DataFloat>(-2.9), true, -2, -2.9, kNoPoint3F, kNoPoint3I, {}, ""},
       {"DataFloat 0.0", Holding<DataFloat>(0.0), false, 0, 0.0, kNoPoint3F, kNoPoint3I, {}, ""},
-      {"DataFloat 3.0e10", Holding<DataFloat>(3.0e10), true, kIntMin, 3.0e10, kNoPoint3F,
-       kNoPoint3I, {}, ""},
-      {"DataPoint3", Holding<DataPoint3>(kSamplePoint), false, -1, -1.0, kSamplePoint,
-       kNoPoint3I, {}, ""},
+      {"DataFloat 3.0e10",
+       Holding<DataFloat>(3.0e10),
+       true,
+       kIntMin,
+       3.0e10,
+       kNoPoint3F,
+       kNoPoint3I,
+       {},
+       ""},
+      {"DataPoint3",
+       Holding<DataPoint3>(kSamplePoint),
+       false,
+       -1,
+       -1.0,
+       kSamplePoint,
+       kNoPoint3I,
+       {},
+       ""},
       {"DataColor", Holding<DataColor>(kSampleColor), false, -1, -1.0, kNoPoint3F, kNoPoint3I,
        kSampleColor, ""},
-      {"DataString", Holding<DataString>(std::string("abc")), false, 0, 0.0, kNoPoint3F,
-       kNoPoint3I, {}, "abc"},
+      {"DataString",
+       Holding<DataString>(std::string("abc")),
+       false,
+       0,
+       0.0,
+       kNoPoint3F,
+       kNoPoint3I,
+       {},
+       "abc"},
   };
 }
 
@@ -146,10 +176,10 @@ std::vector<ByReferenceRow> ByReferenceRows() {
       {"DataFloat 2.9", Holding<DataFloat>(2.9), true, 2, 2.9, none, none, none, none},
       {"DataFloat -2.9", Holding<DataFloat>(-2.9), true, -2, -2.9, none, none, none, none},
       {"DataFloat 0.0", Holding<DataFloat>(0.0), false, 0, 0.0, none, none, none, none},
-      {"DataFloat -3.0e10", Holding<DataFloat>(-3.0e10), true, kIntMin, -3.0e10, none, none,
-       none, none},
-      {"DataPoint3", Holding<DataPoint3>(kSamplePoint), none, none, none, none, kSamplePoint,
-       none, none},
+      {"DataFloat -3.0e10", Holding<DataFloat>(-3.0e10), true, kIntMin, -3.0e10, none, none, none,
+       none},
+      {"DataPoint3", Holding<DataPoint3>(kSamplePoint), none, none, none, none, kSamplePoint, none,
+       none},
       {"DataColor", Holding<DataColor>(kSampleColor), none, none, none, none, none, kSampleColor,
        none},
       {"DataString", Holding<DataString>(std::string("abc")), none, none, none, none, none, none,
@@ -184,8 +214,7 @@ TEST(DataConversionTest, EveryGetterIntoAReferenceGivesTheCellOfItsMember) {
     ExpectReadInto<Point3<int>>(*data, row.as_point3i, {9, 8, 7}, {-9, -8, -7}, "Point3<int>");
     ExpectReadInto<Point3<double>>(*data, row.as_point3f, {9.5, 8.5, 7.5}, {-9.5, 0.0, 1.0},
                                    "Point3<double>");
-    ExpectReadInto<Color>(*data, row.as_color, {0.125f, 0.5f, 1.0f}, {0.0f, 0.0f, 0.0f},
-                          "Color");
+    ExpectReadInto<Color>(*data, row.as_color, {0.125f, 0.5f, 1.0f}, {0.0f, 0.0f, 0.0f}, "Color");
     ExpectReadInto<std::string>(*data, row.as_string, "start", "", "string");
     Release(data);
   }
@@ -254,16 +283,21 @@ struct SetterRow {
 std::vector<SetterRow> SetterRows() {
   const std::optional<Natural> none;
   return {
-      {"DataBool", [] { return new DataBool(3, false, 2); },
+      {"DataBool",
+       [] { return new DataBool(3, false, 2); },
        {true, true, true, none, none, none, none}},
       {"DataInt", [] { return new DataInt(3, 0, 2); }, {1, -7, -2, none, none, none, none}},
-      {"DataFloat", [] { return new DataFloat(3, 0.0, 2); },
+      {"DataFloat",
+       [] { return new DataFloat(3, 0.0, 2); },
        {1.0, -7.0, -2.9, none, none, none, none}},
-      {"DataPoint3", [] { return new DataPoint3(3, {}, 2); },
+      {"DataPoint3",
+       [] { return new DataPoint3(3, {}, 2); },
        {none, none, none, none, Point3<double>(4.5, 5.5, 6.5), none, none}},
-      {"DataColor", [] { return new DataColor(3, {}, 2); },
+      {"DataColor",
+       [] { return new DataColor(3, {}, 2); },
        {none, none, none, none, none, Color(0.125f, 0.25f, 0.375f), none}},
-      {"DataString", [] { return new DataString(3, "", 2); },
+      {"DataString",
+       [] { return new DataString(3, "", 2); },
        {none, none, none, none, none, none, std::string("xyz")}},
   };
 }
@@ -358,8 +392,18 @@ std::vector<MemberRow> Members() {
       {"DataBool", [] { return new DataBool(3, true, 2); }, {200, 64, 32}, 0},
       {"DataInt", [] { return new DataInt(3, 5, 2); }, {200, 64, 48}, 1},
       {"DataFloat", [] { return new DataFloat(3, 0.5, 2); }, {200, 64, 64}, 2},
-      {"DataPoint3", [] { return new DataPoint3(3, {1.0, 2.0, 3.0}, 2); }, {200, 64, 80}, 3},
-      {"DataColor", [] { return new DataColor(3, {0.5f, 0.25f, 1.0f}, 2); }, {200, 64, 96}, 4},
+      {"DataPoint3",
+       [] {
+         return new DataPoint3(3, {1.0, 2.0, 3.0}, 2);
+       },
+       {200, 64, 80},
+       3},
+      {"DataColor",
+       [] {
+         return new DataColor(3, {0.5f, 0.25f, 1.0f}, 2);
+       },
+       {200, 64, 96},
+       4},
       {"DataString", [] { return new DataString(3, "dflt", 2); }, {200, 64, 112}, 5},
   };
 }
@@ -389,9 +433,9 @@ TEST(DataTest, EachMemberReportsItsClassNameTypeAndTypeCode) {
 TEST(DataTest, EachMemberSizeOfZeroOrLessAtConstructionGivesOneElement) {
   for (int size : {0, -3}) {
     SCOPED_TRACE(size);
-    std::vector<Data*> made = {new DataBool(0, true, size),     new DataInt(0, 4, size),
-                               new DataFloat(0, 1.5, size),     new DataPoint3(0, {}, size),
-                               new DataColor(0, {}, size),      new DataString(0, "s", size)};
+    std::vector<Data*> made = {new DataBool(0, true, size), new DataInt(0, 4, size),
+                               new DataFloat(0, 1.5, size), new DataPoint3(0, {}, size),
+                               new DataColor(0, {}, size),  new DataString(0, "s", size)};
     for (Data* data : made) {
       EXPECT_EQ(data->GetSize(), 1) << data->GetClassName();
       Release(data);
@@ -602,10 +646,9 @@ TEST(DataFactoryTest, EachFactoryMakesAOneElementValueWithIdMinusOneAndAZeroDefa
       EXPECT_EQ(data->GetParameterID(), -1);
       EXPECT_EQ(data->GetSize(), 1);
       EXPECT_FALSE(data->GetBool(0, 0));
-      EXPECT_EQ(data->GetInt(0, 0), data->GetType() >= Data::kTypePoint3 &&
-                                            data->GetType() != Data::kTypeString
-                                        ? -1
-                                        : 0);
+      EXPECT_EQ(
+          data->GetInt(0, 0),
+          data->GetType() >= Data::kTypePoint3 && data->GetType() != Data::kTypeString ? -1 : 0);
       EXPECT_EQ(data->GetString(0, 0), "");
       EXPECT_EQ(data->GetColor(0, 0), Color());
       if (data->GetType() == Data::kTypePoint3) {
@@ -614,6 +657,37 @@ TEST(DataFactoryTest, EachFactoryMakesAOneElementValueWithIdMinusOneAndAZeroDefa
       Release(data);
     }
   }
+}
+
+class BaseLibraryParametersTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    SceneEngine::DestroyFactories();
+    SceneEngine::SetScene(nullptr);
+  }
+  void TearDown() override { SceneEngine::DestroyFactories(); }
+};
+
+TEST_F(BaseLibraryParametersTest, RegistersTheParameterFactoriesLastInTheirFixedOrder) {
+  RegisterBaseLibrary();
+  const std::vector<std::pair<std::string, BlockType>> expected = {
+      {"DataFloat", {200, 64, 64}},  {"DataInt", {200, 64, 48}},   {"DataBool", {200, 64, 32}},
+      {"DataPoint3", {200, 64, 80}}, {"DataColor", {200, 64, 96}}, {"DataString", {200, 64, 112}},
+      {"DataTable", {205, 64, 16}},
+  };
+  const unsigned count = SceneEngine::GetNumBlockFactories();
+  ASSERT_GE(count, expected.size() + 1);
+  EXPECT_EQ(SceneEngine::GetBlockFactory(0)->GetName(), "BlockTable");
+  const unsigned first = count - static_cast<unsigned>(expected.size());
+  for (unsigned i = 0; i < expected.size(); ++i) {
+    BlockFactory* factory = SceneEngine::GetBlockFactory(first + i);
+    ASSERT_NE(factory, nullptr);
+    EXPECT_EQ(factory->GetName(), expected[i].first);
+    ExpectSameType(factory->GetBlockType(), expected[i].second);
+  }
+  // A second registration adds nothing: every type is present already.
+  RegisterBaseLibrary();
+  EXPECT_EQ(SceneEngine::GetNumBlockFactories(), count);
 }
 
 }  // namespace

@@ -16,8 +16,6 @@ inline int TruncateToInt(double value) {
 
 // An integer read as a double goes through a 32-bit float, so magnitudes above 2^24 lose
 // precision: kept as is, evaluated scenes depend on the rounded values.
-inline double IntThroughFloat(int value) {
-  return static_cast<double>(static_cast<float>(value));
-}
+inline double IntThroughFloat(int value) { return static_cast<double>(static_cast<float>(value)); }
 
 }  // namespace Orlo::internal

@@ -1,7 +1,7 @@
 #include <orlo/base/data/internal/data_array.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 #include <orlo/support/scene_load.h>
@@ -108,10 +108,11 @@ struct ElementCodec<std::string> {
   // Every string starts with its length prefix.
   static constexpr std::uint64_t kMinEncodedSize = 4;
   static void WriteDefault(SceneSave* save, const std::string& value) {
-    const std::size_t length = value.size() < kShortStringCapacity ? value.size()
-                                                                   : kShortStringCapacity;
-    unsigned char text[kShortStringTextBytes] = {};
-    std::memcpy(text, value.data(), length);
+    const std::size_t length =
+        value.size() < kShortStringCapacity ? value.size() : kShortStringCapacity;
+    // Zero-filled, so the text is followed by its zero byte (length is at most 15 of 16).
+    char text[kShortStringTextBytes] = {};
+    std::copy_n(value.data(), length, text);
     unsigned written = 0;
     save->Write(text, sizeof(text), written);
     save->WriteUInt64(length);

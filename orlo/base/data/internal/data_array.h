@@ -56,9 +56,7 @@ class DataArray : public Data {
     assert(index >= 0 && index < GetSize());
     m_values.erase(m_values.begin() + index);
   }
-  void GetTimeInterval(TimeInterval& interval) const override {
-    interval = interval & m_validity;
-  }
+  void GetTimeInterval(TimeInterval& interval) const override { interval = interval & m_validity; }
   Controller* GetController(int) const override { return nullptr; }
   void SetController(Controller*, int) override {}
 

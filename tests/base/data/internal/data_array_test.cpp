@@ -16,8 +16,8 @@
 #include <orlo/base/data/data_point3.h>
 #include <orlo/base/data/data_string.h>
 
-#include "tests/base/data/payload_bytes.h"
 #include "tests/base/data/data_test_blocks.h"
+#include "tests/base/data/payload_bytes.h"
 
 namespace Orlo {
 namespace {
@@ -90,26 +90,26 @@ TEST(DataPayloadTest, DataPoint3WritesThreeDoublesPerPoint) {
 TEST(DataPayloadTest, DataColorWritesThreeFloatsPerColour) {
   auto* data = new DataColor(0, {0.25f, 0.5f, 1.0f}, 2);
   data->SetValue(Color(0.125f, -1.0f, 3.0f), 0, 1);
-  ExpectPayload(*data,
-                {{0x05, Bytes().I32(0).Get()},
-                 {0x10, Bytes().F32(0.25f).F32(0.5f).F32(1.0f).Get()},
-                 {0x15, Bytes().I32(2).F32(0.25f).F32(0.5f).F32(1.0f).F32(0.125f).F32(-1.0f)
-                            .F32(3.0f).Get()}});
+  ExpectPayload(
+      *data,
+      {{0x05, Bytes().I32(0).Get()},
+       {0x10, Bytes().F32(0.25f).F32(0.5f).F32(1.0f).Get()},
+       {0x15,
+        Bytes().I32(2).F32(0.25f).F32(0.5f).F32(1.0f).F32(0.125f).F32(-1.0f).F32(3.0f).Get()}});
   Release(data);
 }
 
 TEST(DataPayloadTest, DataStringWritesA32ByteDefaultRecordAndOneStringPerElement) {
   auto* data = new DataString(5, "abc", 2);
   data->SetValue(std::string("a longer element than fifteen"), 0, 1);
-  ExpectPayload(*data,
-                {{0x05, Bytes().I32(5).Get()},
-                 // | text and zero, 16 bytes | length, 8 | capacity 15, 8 |
-                 {0x10, Bytes().Text("abc").Zeros(13).U64(3).U64(15).Get()},
-                 {0x15, Bytes()
-                            .I32(2)
-                            .Append(StringBytes("abc"))
-                            .Append(StringBytes("a longer element than fifteen"))
-                            .Get()}});
+  ExpectPayload(*data, {{0x05, Bytes().I32(5).Get()},
+                        // | text and zero, 16 bytes | length, 8 | capacity 15, 8 |
+                        {0x10, Bytes().Text("abc").Zeros(13).U64(3).U64(15).Get()},
+                        {0x15, Bytes()
+                                   .I32(2)
+                                   .Append(StringBytes("abc"))
+                                   .Append(StringBytes("a longer element than fifteen"))
+                                   .Get()}});
   Release(data);
 }
 
@@ -147,7 +147,7 @@ TEST(DataPayloadTest, EachMemberReadsBackWhatItWrote) {
   texts->SetValue(std::string("second\0with zero", 16), 0, 1);
 
   const std::vector<Data*> sources = {flags, numbers, reals, points, colors, texts};
-  const std::vector<BlockFactory*> factories = {new DataBoolFactory, new DataIntFactory,
+  const std::vector<BlockFactory*> factories = {new DataBoolFactory,  new DataIntFactory,
                                                 new DataFloatFactory, new DataPoint3Factory,
                                                 new DataColorFactory, new DataStringFactory};
   for (std::size_t i = 0; i < sources.size(); ++i) {
@@ -205,9 +205,9 @@ TEST(DataPayloadTest, LoadingAnEmptyElementChunkLeavesNoElements) {
 
 TEST(DataPayloadTest, DataBoolReadsAnyNonZeroElementOrDefaultByteAsTrue) {
   auto* data = new DataBool(0, false, 1);
-  const LoadOutcome outcome = LoadPayload(
-      *data, PayloadFile({{0x10, Bytes().U8(2).Get()},
-                          {0x15, Bytes().I32(3).I32(7).I32(0).I32(-1).Get()}}));
+  const LoadOutcome outcome =
+      LoadPayload(*data, PayloadFile({{0x10, Bytes().U8(2).Get()},
+                                      {0x15, Bytes().I32(3).I32(7).I32(0).I32(-1).Get()}}));
   EXPECT_EQ(outcome.result, 1);
   ASSERT_EQ(data->GetSize(), 3);
   EXPECT_TRUE(data->GetBool(0, 0));
@@ -222,8 +222,8 @@ TEST(DataPayloadTest, DataStringReadsTheDefaultTextUpToTheStoredLength) {
   auto* data = new DataString(0, "", 1);
   // | "abcdef" and garbage after the length | length 4 | capacity 31 (ignored) |
   const LoadOutcome outcome = LoadPayload(
-      *data, PayloadFile({{0x10, Bytes().Text("abcdef").U8(0).Text("garbage!!").U64(4).U64(31)
-                                     .Get()}}));
+      *data,
+      PayloadFile({{0x10, Bytes().Text("abcdef").U8(0).Text("garbage!!").U64(4).U64(31).Get()}}));
   EXPECT_EQ(outcome.result, 1);
   EXPECT_EQ(data->GetSize(), 1);
   data->SetSize(2);
@@ -235,8 +235,7 @@ TEST(DataPayloadTest, DataStringReadsADefaultLongerThanFifteenAsItsFirstFifteenB
   auto* data = new DataString(0, "", 1);
   // | 16 bytes of a longer text | length 40 | capacity 47 |
   const LoadOutcome outcome = LoadPayload(
-      *data,
-      PayloadFile({{0x10, Bytes().Text("0123456789abcdef").U64(40).U64(47).Get()}}));
+      *data, PayloadFile({{0x10, Bytes().Text("0123456789abcdef").U64(40).U64(47).Get()}}));
   EXPECT_EQ(outcome.result, 1);
   data->SetSize(2);
   EXPECT_EQ(data->GetString(0, 1), "0123456789abcde");
@@ -259,9 +258,9 @@ TEST(DataPayloadTest, LoadSkipsChunksItDoesNotKnow) {
 TEST(DataPayloadTest, DataFloatLoadFixesItsControllerSlotsToTheLoadedCount) {
   TestController::live = 0;
   auto* grown = new DataFloat(0, 0.0, 1);
-  EXPECT_EQ(LoadPayload(*grown, PayloadFile({{0x15, Bytes().I32(3).F64(1).F64(2).F64(3).Get()}}))
-                .result,
-            1);
+  EXPECT_EQ(
+      LoadPayload(*grown, PayloadFile({{0x15, Bytes().I32(3).F64(1).F64(2).F64(3).Get()}})).result,
+      1);
   EXPECT_EQ(grown->NumDependencies(), 3);
   for (int i = 0; i < 3; ++i) EXPECT_EQ(grown->GetDependency(i), nullptr);
 
@@ -329,13 +328,12 @@ TEST(DataPayloadTest, AStringWhoseLengthRunsPastItsChunkIsAnError) {
 
 TEST(DataPayloadTest, AParameterIdTooLargeForAnyTableIsAnError) {
   auto* data = new DataInt(0, 0, 1);
-  LoadOutcome outcome =
-      LoadPayload(*data, PayloadFile({{0x05, Bytes().I32(internal::kMaxLoadedParameterID + 1)
-                                                 .Get()}}));
+  LoadOutcome outcome = LoadPayload(
+      *data, PayloadFile({{0x05, Bytes().I32(internal::kMaxLoadedParameterID + 1).Get()}}));
   EXPECT_EQ(outcome.result, 0);
   EXPECT_TRUE(outcome.reader_error);
-  outcome = LoadPayload(*data, PayloadFile({{0x05, Bytes().I32(internal::kMaxLoadedParameterID)
-                                                        .Get()}}));
+  outcome =
+      LoadPayload(*data, PayloadFile({{0x05, Bytes().I32(internal::kMaxLoadedParameterID).Get()}}));
   EXPECT_EQ(outcome.result, 1);
   EXPECT_EQ(data->GetParameterID(), internal::kMaxLoadedParameterID);
   outcome = LoadPayload(*data, PayloadFile({{0x05, Bytes().I32(-1).Get()}}));
