@@ -1,10 +1,18 @@
 // Orlo: includes every public header of the library.
 #pragma once
 
+#include <orlo/support/affine_parts.h>
+#include <orlo/support/bitmap_manager.h>
+#include <orlo/support/box3.h>
 #include <orlo/support/color.h>
+#include <orlo/support/math.h>
+#include <orlo/support/math_functions.h>
+#include <orlo/support/matrix3.h>
 #include <orlo/support/point3.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
+#include <orlo/support/state_container.h>
+#include <orlo/support/state_recorder.h>
 #include <orlo/support/status.h>
 #include <orlo/support/time_interval.h>
 

@@ -1,6 +1,7 @@
 #include <orlo/support/scene_load.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -9,6 +10,13 @@
 #include <orlo/support/internal/chunk_format.h>
 #include <orlo/support/internal/little_endian.h>
 #include <orlo/support/internal/scene_file.h>
+
+// Keeps the error paths out of the hot ones, so that those stay small and inlined.
+#if defined(__GNUC__)
+#define ORLO_COLD __attribute__((cold, noinline))
+#else
+#define ORLO_COLD
+#endif
 
 namespace Orlo {
 namespace {
@@ -59,32 +67,21 @@ class SceneLoad::Impl {
     if (m_failed) return kError;
     const std::uint64_t left = m_end - m_pos;
     if (left == 0) return kEndOfChunk;
-    const std::uint64_t at = m_pos;
-    if (left < internal::kChunkHeaderBytes) {
-      Fail(Here(), "chunk header at offset " + Number(at) + " is cut short: " + Number(left) +
-                       " of its 12 bytes are left");
-      return kError;
+    // The common case: a whole, sound header in the window and room to nest.
+    if (left >= internal::kChunkHeaderBytes &&
+        internal::kChunkHeaderBytes <= m_window_end - m_pos && m_open.size() < m_max_depth) {
+      const std::uint8_t* header = WindowAt(m_pos);
+      const auto length = internal::LoadLittleEndian<std::uint64_t>(header + 4);
+      if (length <= left - internal::kChunkHeaderBytes) {
+        const auto id = internal::LoadLittleEndian<std::uint32_t>(header);
+        m_pos += internal::kChunkHeaderBytes;
+        m_end = m_pos + length;
+        m_open.push_back(OpenRecord{id, m_pos - internal::kChunkHeaderBytes, m_end});
+        m_cur_id = id;
+        return kChunkOpened;
+      }
     }
-    std::uint8_t header[internal::kChunkHeaderBytes];
-    if (!TakeRaw(header, sizeof(header))) return kError;
-    const auto id = internal::LoadLittleEndian<std::uint32_t>(header);
-    const auto length = internal::LoadLittleEndian<std::uint64_t>(header + 4);
-    const std::uint64_t room = left - internal::kChunkHeaderBytes;
-    if (length > room) {
-      Fail(ChunkName(id, at), "length " + Number(length) + " exceeds the " + Number(room) +
-                                  " bytes left in " + (m_open.empty() ? "the file" : "its parent"));
-      return kError;
-    }
-    const std::size_t max_depth = static_cast<std::size_t>(std::max(0, m_limits.max_depth));
-    if (m_open.size() >= max_depth) {
-      Fail(ChunkName(id, at), "nesting depth " + Number(m_open.size() + 1) +
-                                  " exceeds the limit of " + Number(max_depth));
-      return kError;
-    }
-    m_end = m_pos + length;
-    m_open.push_back(OpenRecord{id, at, m_end});
-    m_cur_id = id;
-    return kChunkOpened;
+    return OpenChunkSlow();
   }
 
   void CloseChunk() {
@@ -109,9 +106,14 @@ class SceneLoad::Impl {
 
   template <typename T>
   bool TakeNumber(T& bits) {
+    if (!m_failed && sizeof(T) <= m_end - m_pos && sizeof(T) <= m_window_end - m_pos) {
+      bits = internal::LoadLittleEndian<T>(WindowAt(m_pos));
+      m_pos += sizeof(T);
+      return true;
+    }
     std::uint8_t bytes[sizeof(T)];
     std::uint64_t delivered = 0;
-    const bool ok = Take(bytes, sizeof(T), delivered);
+    const bool ok = TakeSlow(bytes, sizeof(T), delivered);
     bits = ok ? internal::LoadLittleEndian<T>(bytes) : T{0};
     return ok;
   }
@@ -160,7 +162,42 @@ class SceneLoad::Impl {
     std::uint64_t end;
   };
 
+  // Everything OpenChunk does, for the cases its fast path leaves: a header across the
+  // window's edge, and every error.
+  ORLO_COLD int OpenChunkSlow() {
+    if (m_failed) return kError;
+    const std::uint64_t left = m_end - m_pos;
+    if (left == 0) return kEndOfChunk;
+    const std::uint64_t at = m_pos;
+    if (left < internal::kChunkHeaderBytes) {
+      Fail(Here(), "chunk header at offset " + Number(at) + " is cut short: " + Number(left) +
+                       " of its 12 bytes are left");
+      return kError;
+    }
+    std::uint8_t header[internal::kChunkHeaderBytes];
+    if (!TakeRaw(header, sizeof(header))) return kError;
+    const auto id = internal::LoadLittleEndian<std::uint32_t>(header);
+    const auto length = internal::LoadLittleEndian<std::uint64_t>(header + 4);
+    const std::uint64_t room = left - internal::kChunkHeaderBytes;
+    if (length > room) {
+      Fail(ChunkName(id, at), "length " + Number(length) + " exceeds the " + Number(room) +
+                                  " bytes left in " + (m_open.empty() ? "the file" : "its parent"));
+      return kError;
+    }
+    if (m_open.size() >= m_max_depth) {
+      Fail(ChunkName(id, at), "nesting depth " + Number(m_open.size() + 1) +
+                                  " exceeds the limit of " + Number(m_max_depth));
+      return kError;
+    }
+    m_end = m_pos + length;
+    m_open.push_back(OpenRecord{id, at, m_end});
+    m_cur_id = id;
+    return kChunkOpened;
+  }
+
+  // Requires: `offset` lies in the window (its end included).
   const std::uint8_t* WindowAt(std::uint64_t offset) const {
+    assert(offset >= m_window_start && offset <= m_window_end);
     return m_window.data() + (offset - m_window_start);
   }
 
@@ -172,24 +209,24 @@ class SceneLoad::Impl {
   const char* Container() const { return m_open.empty() ? "the file" : "the chunk"; }
 
   // Every failure of the reader comes through here. Only the first one is kept.
-  void Fail(const std::string& where, const std::string& what) {
+  ORLO_COLD void Fail(const std::string& where, const std::string& what) {
     if (m_failed) return;
     m_failed = true;
     m_status.Set(Status::kFailed, where + ": " + what);
   }
 
-  bool TakeSlow(std::uint8_t* out, std::uint64_t size, std::uint64_t& delivered) {
+  ORLO_COLD bool TakeSlow(std::uint8_t* out, std::uint64_t size, std::uint64_t& delivered) {
     delivered = 0;
     if (m_failed) {
-      std::memset(out, 0, size);
+      if (size != 0) std::memset(out, 0, size);
       return false;
     }
     const std::uint64_t at = m_pos;
     const std::uint64_t left = m_end - m_pos;
     const std::uint64_t wanted = std::min(size, left);
     delivered = Copy(out, wanted);
-    std::memset(out + delivered, 0, size - delivered);
     if (delivered < size) {
+      std::memset(out + delivered, 0, size - delivered);
       Fail(Here(), "read of " + Number(size) + " bytes at offset " + Number(at) +
                        " finds only " + Number(left) + " left in " + Container());
       return false;
@@ -253,6 +290,8 @@ class SceneLoad::Impl {
   }
 
   SceneLoadLimits m_limits;
+  // The depth limit as a count of open chunks; a negative limit allows none.
+  std::size_t m_max_depth = static_cast<std::size_t>(std::max(0, m_limits.max_depth));
   internal::InputFile m_file;
   bool m_from_file = false;
   // A memory reader's whole image, or a file reader's window onto its file. The window's

@@ -3,7 +3,6 @@
 // empty and contains no time.
 #pragma once
 
-#include <cstdint>
 #include <limits>
 
 namespace Orlo {
@@ -12,6 +11,7 @@ class TimeInterval {
  public:
   // The empty interval.
   constexpr TimeInterval() = default;
+  // The times from start to end, both included; empty when start > end.
   constexpr TimeInterval(int start, int end) : m_start(start), m_end(end) {}
 
   // The interval that contains every time.
@@ -32,6 +32,9 @@ class TimeInterval {
                         m_end < other.m_end ? m_end : other.m_end);
   }
 
+  constexpr TimeInterval& operator&=(TimeInterval other) { return *this = *this & other; }
+
+  // Every empty interval equals every other, whatever its ends.
   constexpr bool operator==(const TimeInterval& other) const {
     return (IsEmpty() && other.IsEmpty()) || (m_start == other.m_start && m_end == other.m_end);
   }

@@ -284,6 +284,15 @@ TEST_F(SceneSaveFileTest, AFileWriterHandsOutNoBytes) {
   EXPECT_THAT(ReadFile(PathOf("f.scene")), ElementsAreArray(Bytes{4}));
 }
 
+TEST(SceneSaveTest, ANullPathFailsWithCodeTwo) {
+  Status status;
+  SceneSave save(nullptr, &status);
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(), "SceneSave : Cannot open '' for writing: no path given.");
+  save.WriteUInt32(1);
+  EXPECT_EQ(save.Finish().GetCode(), 2);
+}
+
 TEST(SceneSaveDeviceTest, AWriteErrorIsReportedByFinishAndStopsTheWriter) {
   if (!boost::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full on this host";
   Status status;

@@ -23,7 +23,7 @@ void Register() {
   auto factory = std::make_unique<Factory>();
   const unsigned before = SceneEngine::GetNumBlockFactories();
   SceneEngine::AddBlockFactory(factory.get());
-  if (SceneEngine::GetNumBlockFactories() != before) factory.release();
+  if (SceneEngine::GetNumBlockFactories() != before) (void)factory.release();  // registry owns it
 }
 
 }  // namespace

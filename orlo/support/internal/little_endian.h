@@ -8,13 +8,25 @@
 
 namespace Orlo::internal {
 
+#if defined(__BYTE_ORDER__) && defined(__ORDER_LITTLE_ENDIAN__) && \
+    __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+constexpr bool kHostIsLittleEndian = true;
+#else
+constexpr bool kHostIsLittleEndian = false;
+#endif
+
 // Stores the unsigned integer `value` at `out` as little-endian bytes, whatever the host's
-// byte order. Compilers turn the shifts into one store on little-endian hosts.
+// byte order. On a little-endian host this is one plain copy: compilers do not always merge
+// the byte shifts, and byte-wise access to a number just stored stalls the CPU.
 template <typename T>
 inline void StoreLittleEndian(T value, std::uint8_t* out) {
   static_assert(std::is_unsigned<T>::value, "store the bit pattern as an unsigned integer");
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    out[i] = static_cast<std::uint8_t>(value >> (8 * i));
+  if constexpr (kHostIsLittleEndian) {
+    std::memcpy(out, &value, sizeof(T));
+  } else {
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+      out[i] = static_cast<std::uint8_t>(value >> (8 * i));
+    }
   }
 }
 
@@ -23,8 +35,12 @@ template <typename T>
 inline T LoadLittleEndian(const std::uint8_t* in) {
   static_assert(std::is_unsigned<T>::value, "load the bit pattern as an unsigned integer");
   T value = 0;
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    value = static_cast<T>(value | (static_cast<T>(in[i]) << (8 * i)));
+  if constexpr (kHostIsLittleEndian) {
+    std::memcpy(&value, in, sizeof(T));
+  } else {
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+      value = static_cast<T>(value | (static_cast<T>(in[i]) << (8 * i)));
+    }
   }
   return value;
 }
