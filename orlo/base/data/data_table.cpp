@@ -83,7 +83,10 @@ int DataTable::Load(SceneLoad* load) {
   while ((opened = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     if (load->CurChunkID() == kSlotCountChunk) {
       std::int32_t count = 0;
-      load->ReadInt32(count);
+      if (!load->ReadInt32(count)) {
+        load->CloseChunk();
+        return 0;
+      }
       // The slots are filled from the dependency chunk that follows in the file, so a count
       // that chunk could not hold is corrupt; checked before anything is allocated.
       if (count < 0 ||

@@ -729,11 +729,13 @@ TEST(DataTableTest, ASlotCountTheRestOfTheFileCannotFillIsAnError) {
   }
 }
 
-TEST(DataTableTest, ASlotCountCutShortIsAnError) {
-  auto* table = new DataTable(false);
+TEST(DataTableTest, ASlotCountCutShortIsAnErrorAndKeepsTheSlots) {
+  DataTable* table = TableWithHoles();
   const LoadOutcome outcome = LoadPayload(*table, PayloadFile({{0x15, Bytes().U8(1).Get()}}));
   EXPECT_EQ(outcome.result, 0);
   EXPECT_TRUE(outcome.reader_error);
+  EXPECT_EQ(table->NumDependencies(), 3);
+  EXPECT_NE(table->GetData(5), nullptr);
   Release(table);
 }
 

@@ -10,6 +10,7 @@
 
 #include <cassert>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <orlo/base/data/data.h>
