@@ -13,9 +13,9 @@
 namespace Orlo {
 namespace {
 
-using testing::Release;
-using testing::TableOwner;
 using testing::TestBlock;
+using testing::data::Release;
+using testing::data::TableOwner;
 
 const char kGetMessage[] = "Block::GetAttribute : This block doesn't support DataTable.";
 const char kSetMessage[] = "Block::SetAttribute : This block doesn't support DataTable.";

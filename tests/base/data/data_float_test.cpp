@@ -10,9 +10,9 @@ namespace Orlo {
 namespace {
 
 using testing::RecordingListener;
-using testing::Release;
 using testing::TestBlock;
-using testing::TestController;
+using testing::data::Release;
+using testing::data::TestController;
 
 class DataFloatTest : public ::testing::Test {
  protected:

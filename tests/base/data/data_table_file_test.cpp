@@ -28,9 +28,9 @@
 namespace Orlo {
 namespace {
 
-using testing::Release;
-using testing::TableOwner;
-using testing::TestController;
+using testing::data::Release;
+using testing::data::TableOwner;
+using testing::data::TestController;
 
 class TestControllerFactory : public BlockFactory {
  public:

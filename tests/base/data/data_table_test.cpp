@@ -20,18 +20,18 @@
 namespace Orlo {
 namespace {
 
-using testing::Bytes;
-using testing::LoadOutcome;
-using testing::LoadPayload;
-using testing::PayloadChunks;
-using testing::PayloadFile;
-using testing::RawChunk;
 using testing::RecordingListener;
-using testing::Release;
-using testing::SavePayload;
-using testing::TableOwner;
 using testing::TestBlock;
-using testing::TestController;
+using testing::data::Bytes;
+using testing::data::LoadOutcome;
+using testing::data::LoadPayload;
+using testing::data::PayloadChunks;
+using testing::data::PayloadFile;
+using testing::data::RawChunk;
+using testing::data::Release;
+using testing::data::SavePayload;
+using testing::data::TableOwner;
+using testing::data::TestController;
 
 const Point3<double> kSamplePoint(1.5, -2.5, 3.25);
 const Color kSampleColor(0.25f, 0.5f, 0.75f);
@@ -673,7 +673,7 @@ TEST(DataTableTest, SaveWritesTheSlotCountInChunk0x15) {
 std::vector<std::uint8_t> TableFile(const std::vector<std::uint8_t>& payload,
                                     std::size_t trailing) {
   SceneSave save;
-  save.BeginChunk(testing::kPayloadChunk);
+  save.BeginChunk(testing::data::kPayloadChunk);
   save.BeginChunk(0x15);
   unsigned written = 0;
   save.Write(payload.data(), static_cast<unsigned>(payload.size()), written);

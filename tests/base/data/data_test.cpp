@@ -30,8 +30,8 @@ namespace Orlo {
 namespace {
 
 using testing::RecordingListener;
-using testing::Release;
-using testing::TestController;
+using testing::data::Release;
+using testing::data::TestController;
 
 constexpr int kIntMin = std::numeric_limits<int>::min();
 const double kNaN = std::numeric_limits<double>::quiet_NaN();

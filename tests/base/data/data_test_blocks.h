@@ -26,7 +26,9 @@ inline void PrintTo(const Color& color, std::ostream* out) {
 
 }  // namespace Orlo
 
-namespace Orlo::testing {
+// Nested so that these doubles never share a name with doubles of other test folders: the
+// suite is one program.
+namespace Orlo::testing::data {
 
 // Releases a block created with new that nothing depends on, through the graph.
 inline void Release(Block* block) {
@@ -93,4 +95,4 @@ class TableOwner : public Block {
   Block* m_table = nullptr;
 };
 
-}  // namespace Orlo::testing
+}  // namespace Orlo::testing::data

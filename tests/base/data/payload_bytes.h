@@ -15,7 +15,7 @@
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
-namespace Orlo::testing {
+namespace Orlo::testing::data {
 
 // The chunk the scene writer puts a block's own payload in.
 inline constexpr unsigned kPayloadChunk = 0x20;
@@ -145,4 +145,4 @@ inline LoadOutcome LoadPayload(Block& block, std::vector<std::uint8_t> file) {
   return outcome;
 }
 
-}  // namespace Orlo::testing
+}  // namespace Orlo::testing::data

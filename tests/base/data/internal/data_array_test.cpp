@@ -22,16 +22,16 @@
 namespace Orlo {
 namespace {
 
-using testing::Bytes;
-using testing::LoadOutcome;
-using testing::LoadPayload;
-using testing::PayloadChunks;
-using testing::PayloadFile;
-using testing::RawChunk;
-using testing::Release;
-using testing::SavePayload;
-using testing::StringBytes;
-using testing::TestController;
+using testing::data::Bytes;
+using testing::data::LoadOutcome;
+using testing::data::LoadPayload;
+using testing::data::PayloadChunks;
+using testing::data::PayloadFile;
+using testing::data::RawChunk;
+using testing::data::Release;
+using testing::data::SavePayload;
+using testing::data::StringBytes;
+using testing::data::TestController;
 
 using Chunks = std::vector<std::pair<unsigned, std::vector<std::uint8_t>>>;
 
