@@ -5,6 +5,14 @@
 #include <orlo/base/block/block_table.h>
 #include <orlo/base/controllers/bezier_controller.h>
 #include <orlo/base/controllers/point3_controller.h>
+#include <orlo/base/controllers/transform3_controller.h>
+#include <orlo/base/data/data_bool.h>
+#include <orlo/base/data/data_color.h>
+#include <orlo/base/data/data_float.h>
+#include <orlo/base/data/data_int.h>
+#include <orlo/base/data/data_point3.h>
+#include <orlo/base/data/data_string.h>
+#include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
 
 namespace Orlo {
@@ -29,6 +37,14 @@ void RegisterBaseLibrary() {
   Register<BlockVectorFactory>();
   Register<BezierControllerFactory>();
   Register<Point3ControllerFactory>();
+  Register<Transform3ControllerFactory>();
+  Register<DataFloatFactory>();
+  Register<DataIntFactory>();
+  Register<DataBoolFactory>();
+  Register<DataPoint3Factory>();
+  Register<DataColorFactory>();
+  Register<DataStringFactory>();
+  Register<DataTableFactory>();
 }
 
 }  // namespace Orlo

@@ -1,0 +1,221 @@
+#include <orlo/base/data/internal/data_array.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
+
+namespace Orlo::internal {
+
+namespace {
+
+// Payload of a data value. Format history, newest first:
+//   v1: chunks 0x05 id, 0x10 default value, 0x15 count and elements.
+constexpr unsigned kIDChunk = 0x05;
+constexpr unsigned kDefaultChunk = 0x10;
+constexpr unsigned kValuesChunk = 0x15;
+
+// How each element type is written. kMinEncodedSize is the fewest bytes one element takes in
+// chunk 0x15, used to check a count against what the chunk holds before anything is
+// allocated.
+template <typename T>
+struct ElementCodec;
+
+template <>
+struct ElementCodec<bool> {
+  static constexpr std::uint64_t kMinEncodedSize = 4;
+  static void WriteDefault(SceneSave* save, bool value) { save->WriteUInt8(value ? 1 : 0); }
+  static void ReadDefault(SceneLoad* load, bool& value) {
+    std::uint8_t byte = 0;
+    load->ReadUInt8(byte);
+    value = byte != 0;
+  }
+  static void Write(SceneSave* save, bool value) { save->WriteInt32(value ? 1 : 0); }
+  static void Read(SceneLoad* load, bool& value) {
+    std::int32_t number = 0;
+    load->ReadInt32(number);
+    value = number != 0;
+  }
+};
+
+template <>
+struct ElementCodec<int> {
+  static constexpr std::uint64_t kMinEncodedSize = 4;
+  static void WriteDefault(SceneSave* save, int value) { save->WriteInt32(value); }
+  static void ReadDefault(SceneLoad* load, int& value) { Read(load, value); }
+  static void Write(SceneSave* save, int value) { save->WriteInt32(value); }
+  static void Read(SceneLoad* load, int& value) {
+    std::int32_t number = 0;
+    load->ReadInt32(number);
+    value = number;
+  }
+};
+
+template <>
+struct ElementCodec<double> {
+  static constexpr std::uint64_t kMinEncodedSize = 8;
+  static void WriteDefault(SceneSave* save, double value) { save->WriteDouble(value); }
+  static void ReadDefault(SceneLoad* load, double& value) { load->ReadDouble(value); }
+  static void Write(SceneSave* save, double value) { save->WriteDouble(value); }
+  static void Read(SceneLoad* load, double& value) { load->ReadDouble(value); }
+};
+
+template <>
+struct ElementCodec<Point3<double>> {
+  static constexpr std::uint64_t kMinEncodedSize = 24;
+  static void WriteDefault(SceneSave* save, const Point3<double>& value) { Write(save, value); }
+  static void ReadDefault(SceneLoad* load, Point3<double>& value) { Read(load, value); }
+  static void Write(SceneSave* save, const Point3<double>& value) {
+    save->WriteDouble(value.x);
+    save->WriteDouble(value.y);
+    save->WriteDouble(value.z);
+  }
+  static void Read(SceneLoad* load, Point3<double>& value) {
+    load->ReadDouble(value.x);
+    load->ReadDouble(value.y);
+    load->ReadDouble(value.z);
+  }
+};
+
+template <>
+struct ElementCodec<Color> {
+  static constexpr std::uint64_t kMinEncodedSize = 12;
+  static void WriteDefault(SceneSave* save, const Color& value) { Write(save, value); }
+  static void ReadDefault(SceneLoad* load, Color& value) { Read(load, value); }
+  static void Write(SceneSave* save, const Color& value) {
+    save->WriteFloat(value.r);
+    save->WriteFloat(value.g);
+    save->WriteFloat(value.b);
+  }
+  static void Read(SceneLoad* load, Color& value) {
+    load->ReadFloat(value.r);
+    load->ReadFloat(value.g);
+    load->ReadFloat(value.b);
+  }
+};
+
+// A string's default value is kept as a fixed 32-byte record, the image of a short-string
+// object: bytes 0-15 the text and a zero byte, bytes 16-23 the length, bytes 24-31 the
+// capacity 15. Kept as is: existing scene files hold this record. It cannot carry more than
+// 15 characters, so the writer stores at most 15 and the reader takes at most 15.
+constexpr std::size_t kShortStringCapacity = 15;
+constexpr std::size_t kShortStringTextBytes = 16;
+
+template <>
+struct ElementCodec<std::string> {
+  // Every string starts with its length prefix.
+  static constexpr std::uint64_t kMinEncodedSize = 4;
+  static void WriteDefault(SceneSave* save, const std::string& value) {
+    const std::size_t length =
+        value.size() < kShortStringCapacity ? value.size() : kShortStringCapacity;
+    // Zero-filled, so the text is followed by its zero byte (length is at most 15 of 16).
+    char text[kShortStringTextBytes] = {};
+    std::copy_n(value.data(), length, text);
+    unsigned written = 0;
+    save->Write(text, sizeof(text), written);
+    save->WriteUInt64(length);
+    save->WriteUInt64(kShortStringCapacity);
+  }
+  static void ReadDefault(SceneLoad* load, std::string& value) {
+    char text[kShortStringTextBytes] = {};
+    unsigned read = 0;
+    load->Read(text, sizeof(text), read);
+    std::uint64_t length = 0;
+    load->ReadUInt64(length);
+    std::uint64_t capacity = 0;
+    load->ReadUInt64(capacity);
+    // A longer text never fitted the record; what is there is its first 15 bytes.
+    if (length > kShortStringCapacity) length = kShortStringCapacity;
+    value.assign(text, static_cast<std::size_t>(length));
+  }
+  static void Write(SceneSave* save, const std::string& value) { save->WriteString(value); }
+  static void Read(SceneLoad* load, std::string& value) { load->ReadString(value); }
+};
+
+}  // namespace
+
+template <typename T>
+int DataArray<T>::Save(SceneSave* save) {
+  using Codec = ElementCodec<T>;
+  save->BeginChunk(kIDChunk);
+  save->WriteInt32(m_parameter_id);
+  save->EndChunk();
+
+  save->BeginChunk(kDefaultChunk);
+  Codec::WriteDefault(save, m_default);
+  save->EndChunk();
+
+  save->BeginChunk(kValuesChunk);
+  save->WriteInt32(static_cast<std::int32_t>(m_values.size()));
+  for (std::size_t i = 0; i < m_values.size(); ++i) Codec::Write(save, m_values[i]);
+  save->EndChunk();
+  return 1;
+}
+
+template <typename T>
+int DataArray<T>::Load(SceneLoad* load) {
+  int opened = SceneLoad::kError;
+  while ((opened = load->OpenChunk()) == SceneLoad::kChunkOpened) {
+    switch (load->CurChunkID()) {
+      case kIDChunk: {
+        std::int32_t id = -1;
+        load->ReadInt32(id);
+        if (id > kMaxLoadedParameterID) {
+          load->ReportCorruption(GetClassName() + " parameter id " + std::to_string(id) +
+                                 " is larger than " + std::to_string(kMaxLoadedParameterID));
+          load->CloseChunk();
+          return 0;
+        }
+        m_parameter_id = id;
+        break;
+      }
+      case kDefaultChunk:
+        ElementCodec<T>::ReadDefault(load, m_default);
+        break;
+      case kValuesChunk:
+        if (!LoadValues(load)) {
+          load->CloseChunk();
+          return 0;
+        }
+        break;
+      default:
+        break;
+    }
+    load->CloseChunk();
+  }
+  return opened == SceneLoad::kError ? 0 : 1;
+}
+
+template <typename T>
+bool DataArray<T>::LoadValues(SceneLoad* load) {
+  using Codec = ElementCodec<T>;
+  std::int32_t count = 0;
+  if (!load->ReadInt32(count)) return false;
+  // Checked before anything is allocated: the count comes from the file.
+  if (count < 0 ||
+      static_cast<std::uint64_t>(count) > load->BytesLeftInChunk() / Codec::kMinEncodedSize) {
+    load->ReportCorruption(GetClassName() + " element count " + std::to_string(count) +
+                           " does not fit the " + std::to_string(load->BytesLeftInChunk()) +
+                           " bytes left in its chunk");
+    return false;
+  }
+  const auto size = static_cast<std::size_t>(count);
+  ResizeForLoad(size);
+  for (std::size_t i = 0; i < size; ++i) {
+    T value{};
+    Codec::Read(load, value);
+    m_values[i] = std::move(value);
+  }
+  return !load->HasError();
+}
+
+template class DataArray<bool>;
+template class DataArray<int>;
+template class DataArray<double>;
+template class DataArray<Point3<double>>;
+template class DataArray<Color>;
+template class DataArray<std::string>;
+
+}  // namespace Orlo::internal
