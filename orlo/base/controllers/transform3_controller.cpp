@@ -224,8 +224,8 @@ Matrix3<double> Transform3Controller::GetMatrix3(int time) {
     if (s != Point3<double>(1.0, 1.0, 1.0)) {
       const double factors[3] = {s.x, s.y, s.z};
       const Matrix3<double> identity = Matrix3<double>::Identity();
-      // Every linear entry is multiplied, the zeros too: a zero times an infinite or negative
-      // factor stays what IEEE arithmetic makes of it.
+      // Column c of the identity's linear rows times factor c: the diagonal becomes the
+      // scale, every other entry a product with 0.0.
       for (int r = 0; r < 3; ++r) {
         for (int c = 0; c < 3; ++c) scale_matrix.m[r][c] = identity.m[r][c] * factors[c];
       }
