@@ -69,7 +69,7 @@ class BezierController : public FloatController {
 
   // The value at `time`:
   //  - no keys: the default value at time 0, and 0.0 at any other time;
-  //  - a key at exactly `time`: its value;
+  //  - a key at exactly `time`: its value (the first such in the list);
   //  - otherwise (prev + next) / 2, where, over every key in list order, a key later than
   //    `time` sets next to its value and, when `time` is greater than the previous key's
   //    value, prev to that value. So a time after the last key gives 0.0.
@@ -96,8 +96,9 @@ class BezierController : public FloatController {
   void InsertOrReplace(BezierKey key);
 
   double m_default_value = 0.0;
-  // In ascending time order, one key per time, as the setters keep them; a loaded list is
-  // kept in file order.
+  // The setters keep one key per time in ascending order, except that the first key set on
+  // an empty controller always follows the key (0, default value), even at a negative time.
+  // A loaded list keeps the file's order.
   std::vector<BezierKey> m_keys;
 };
 
