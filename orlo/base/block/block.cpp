@@ -1,5 +1,7 @@
 #include <orlo/base/block/block.h>
 
+#include <algorithm>
+
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -16,6 +18,28 @@ constexpr unsigned kBlockDependenciesChunk = 0x0010;
 constexpr char kCyclicDependency[] = "Block::MakeDependencyByID : Cyclic Dependency.";
 constexpr char kIndexOutOfRange[] =
     "Block::MakeDependencyByID : The dependency index is out of range.";
+
+// The blocks that are in the middle of letting go of one of their dependencies, innermost
+// last. A release can reach such a block again through a raw slot (a table's unlinked entry
+// holding one of its own dependants, a block holding itself); it then loses its back
+// references like any other block but is never destroyed, since its own call is still running.
+std::vector<const Block*>& ActiveReleasers() {
+  static std::vector<const Block*> releasers;
+  return releasers;
+}
+
+bool IsActiveReleaser(const Block* block) {
+  const std::vector<const Block*>& releasers = ActiveReleasers();
+  return std::find(releasers.begin(), releasers.end(), block) != releasers.end();
+}
+
+class ReleaserScope {
+ public:
+  explicit ReleaserScope(const Block* block) { ActiveReleasers().push_back(block); }
+  ReleaserScope(const ReleaserScope&) = delete;
+  ReleaserScope& operator=(const ReleaserScope&) = delete;
+  ~ReleaserScope() { ActiveReleasers().pop_back(); }
+};
 
 }  // namespace
 
@@ -121,7 +145,10 @@ Status Block::MakeDependencyByID(int index, Block* block) {
   block->m_dependants.push_back(this);
   // Setting the same block again leaves a second back reference on purpose: existing scenes
   // count on a block surviving the release of one of two identical links.
-  if (old != nullptr && old != block) old->EraseDependantFromTable(this);
+  if (old != nullptr && old != block) {
+    ReleaserScope releasing(this);
+    old->EraseDependantFromTable(this);
+  }
   SetDependency(index, block);
   ProcessEvent(BlockEvent(this, 2, index));
   return result;
@@ -130,8 +157,10 @@ Status Block::MakeDependencyByID(int index, Block* block) {
 void Block::DeleteDependency(int index) {
   Block* dependency = GetDependency(index);
   if (dependency == nullptr) return;
-  // A block that holds itself in a raw slot never releases itself through that slot.
-  if (dependency != this) dependency->EraseDependantFromTable(this);
+  {
+    ReleaserScope releasing(this);
+    dependency->EraseDependantFromTable(this);
+  }
   FinishSlotRelease(index);
 }
 
@@ -176,6 +205,8 @@ bool Block::RemoveDependantEntries(Block* dependant) {
 
 bool Block::EraseDependantFromTable(Block* dependant) {
   if (!RemoveDependantEntries(dependant)) return false;
+  // A block releasing one of its own slots that leads back to itself is not destroyed there.
+  if (IsActiveReleaser(this)) return false;
   ReleaseUnreferenced(this);
   return true;
 }
@@ -217,7 +248,7 @@ void Block::ReleaseUnreferenced(Block* block) {
     top.finishing_slot = true;
     // A block already being released (reached again through a raw slot) is not released twice.
     if (releasing.Contains(dependency)) continue;
-    if (dependency->RemoveDependantEntries(owner)) {
+    if (dependency->RemoveDependantEntries(owner) && !IsActiveReleaser(dependency)) {
       dependency->PostEvent(BlockEvent(dependency, 1, 0));
       stack.push_back({dependency, 0, false});
       releasing.Push(dependency);

@@ -39,7 +39,9 @@ class BlockTableTest : public ::testing::Test {
     holder.Hold(table);
     table->AddBlockListener(&listener);
   }
-  void TearDown() override { table->RemoveBlockListener(&listener); }
+  void TearDown() override {
+    if (table != nullptr) table->RemoveBlockListener(&listener);
+  }
 
   TestBlock* NewBlock(const std::string& name) { return new TestBlock(name, 3, &journal); }
 
@@ -107,6 +109,30 @@ TEST_F(BlockTableTest, PushBackOfTheTableItselfKeepsAnUnlinkedEntry) {
   table->PushBack(table);
   EXPECT_THAT(Entries(*table), ElementsAre(table));
   EXPECT_THAT(DependantsOf(table), ElementsAre(holder.Root()));
+}
+
+TEST_F(BlockTableTest, TableHoldingItsOwnDependantUnlinkedIsReleasedWithItsHolder) {
+  // The refused entry leads back to the holder's root while the root releases the table.
+  TestBlock* a = NewBlock("a");
+  table->PushBack(a);
+  table->PushBack(holder.Root());
+  table->RemoveBlockListener(&listener);
+  holder.Root()->DeleteDependency(0);
+  EXPECT_THAT(journal.entries, ElementsAre("delete a"));
+  EXPECT_EQ(holder.Root()->GetDependency(0), nullptr);
+  table = nullptr;
+}
+
+TEST(BlockTableStandaloneTest, TableHoldingItselfSurvivesSetBlockIntoThatEntry) {
+  Journal journal;
+  auto* table = new BlockTable(true);
+  table->PushBack(table);
+  auto* a = new TestBlock("a", 3, &journal);
+  EXPECT_TRUE(table->SetBlock(0, a).IsOk());
+  EXPECT_THAT(Entries(*table), ElementsAre(a));
+  EXPECT_THAT(DependantsOf(a), ElementsAre(table));
+  table->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete a"));
 }
 
 TEST_F(BlockTableTest, GetDependencyNameIsTheEntrysClassName) {

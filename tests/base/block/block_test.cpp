@@ -452,6 +452,45 @@ TEST_F(BlockTest, ReleaseCascadeSkipsABlockAlreadyBeingReleased) {
   EXPECT_THAT(journal.entries, ElementsAre("delete b", "delete a"));
 }
 
+TEST_F(BlockTest, BlockHoldingItselfInARawSlotSurvivesALinkIntoThatSlot) {
+  // Replacing the raw self entry must not release the block that is doing the replacing.
+  auto* block = new TestBlock("self", 2, &journal);
+  auto* other = new TestBlock("other", 2, &journal);
+  block->SetDependency(0, block);
+  ASSERT_TRUE(block->MakeDependencyByID(0, other).IsOk());
+  EXPECT_TRUE(journal.entries.empty());
+  EXPECT_EQ(block->GetDependency(0), other);
+  EXPECT_THAT(DependantsOf(other), ElementsAre(block));
+  block->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete other", "delete self"));
+}
+
+TEST_F(BlockTest, ReleaseThatReachesTheReleasingBlockThroughARawSlotLeavesItAlive) {
+  // root -> table, and table holds root in a raw slot (as a refused PushBack leaves it).
+  // Releasing the table reaches root again, which has no dependants but is still running.
+  auto* root = new TestBlock("root", 1, &journal);
+  auto* table = new TestBlock("table", 1, &journal);
+  ASSERT_TRUE(root->MakeDependencyByID(0, table).IsOk());
+  table->SetDependency(0, root);
+  root->DeleteDependency(0);
+  EXPECT_THAT(journal.entries, ElementsAre("delete table"));
+  EXPECT_EQ(root->GetDependency(0), nullptr);
+  root->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete table", "delete root"));
+}
+
+TEST_F(BlockTest, DeleteThisBlockOfABlockReachedBackThroughARawSlotDeletesItOnce) {
+  // holder_less -> block, and block holds holder_less in a raw slot. block lets go of
+  // holder_less, whose last dependant that was: holder_less is released, reaches block again
+  // and drops its back reference, but block (which is running) is deleted only once.
+  auto* owner = new TestBlock("owner", 1, &journal);
+  auto* block = new TestBlock("block", 1, &journal);
+  ASSERT_TRUE(owner->MakeDependencyByID(0, block).IsOk());
+  block->SetDependency(0, owner);
+  block->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete owner", "delete block"));
+}
+
 // ---- The block's scene-file record ----
 
 TEST_F(BlockTest, BlockInfoChunkHoldsTypeAndNumber) {
