@@ -180,8 +180,9 @@ int BlockTable::Load(SceneLoad* load) {
   while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     if (load->CurChunkID() == kCountChunk) {
       std::int32_t count = 0;
-      load->ReadInt32(count);
-      if (count < 0 ||
+      if (!load->ReadInt32(count)) {
+        // The reader has recorded the error; a count that was never read changes nothing.
+      } else if (count < 0 ||
           static_cast<std::uint64_t>(count) > load->BytesLeftInFile() / kBytesPerEntryInFile) {
         load->ReportCorruption("block list of " + std::to_string(count) +
                                " entries does not fit the file");

@@ -448,6 +448,18 @@ TEST_F(BlockTableTest, LoadRejectsANegativeCount) {
   EXPECT_EQ(table->GetNumBlocks(), 0u);
 }
 
+TEST_F(BlockTableTest, LoadOfACountChunkTooShortForItsNumberKeepsTheEntries) {
+  // | id 0x0005 | length 2 | 01 00 |: the framing is sound but the count is cut short.
+  const std::vector<std::uint8_t> bytes = {0x05, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0x01, 0x00};
+  table->PushBack(NewBlock("a"));
+  table->PushBack(NewBlock("b"));
+  SceneLoad load(bytes);
+  EXPECT_EQ(table->Load(&load), 0);
+  EXPECT_TRUE(load.HasError());
+  EXPECT_EQ(table->GetNumBlocks(), 2u);
+  EXPECT_TRUE(journal.entries.empty());
+}
+
 TEST_F(BlockTableTest, LoadReportsACorruptChunk) {
   // | id 0x0005 | length 4 | 2 of the 4 bytes |: the chunk claims more than the file holds.
   SceneSave save;

@@ -480,9 +480,9 @@ TEST_F(BlockTest, ReleaseThatReachesTheReleasingBlockThroughARawSlotLeavesItAliv
 }
 
 TEST_F(BlockTest, DeleteThisBlockOfABlockReachedBackThroughARawSlotDeletesItOnce) {
-  // holder_less -> block, and block holds holder_less in a raw slot. block lets go of
-  // holder_less, whose last dependant that was: holder_less is released, reaches block again
-  // and drops its back reference, but block (which is running) is deleted only once.
+  // owner -> block, and block holds owner in a raw slot. block lets go of owner, whose only
+  // dependant it was: owner is released, reaches block again and drops its back reference,
+  // but block (whose DeleteThisBlock is running) is deleted only once.
   auto* owner = new TestBlock("owner", 1, &journal);
   auto* block = new TestBlock("block", 1, &journal);
   ASSERT_TRUE(owner->MakeDependencyByID(0, block).IsOk());
