@@ -223,6 +223,122 @@ TEST_F(BlockTest, ReplacingALinkReleasesTheOldBlockAfterLinkingTheNewOne) {
   EXPECT_THAT(journal.entries, ElementsAre("hear first-listener 1/0 from first", "delete first"));
 }
 
+// A listener that records, when the block it hears announces its release, what its former
+// dependant and the replacing block look like at that moment.
+class ReleaseWitness : public RecordingListener {
+ public:
+  ReleaseWitness(Block* dependant, Block* replacement, Journal* journal)
+      : RecordingListener("witness", journal), m_dependant(dependant), m_replacement(replacement) {}
+  void OnBlockEvent(BlockEvent event) override {
+    RecordingListener::OnBlockEvent(event);
+    if (event.code != 1) return;
+    std::vector<Block*> dependants;
+    m_replacement->GetDependants(dependants);
+    replacement_linked = dependants.size() == 1 && dependants[0] == m_dependant;
+    slot_still_old = m_dependant->GetDependency(0) == event.block;
+  }
+  bool replacement_linked = false;
+  bool slot_still_old = false;
+
+ private:
+  Block* m_dependant;
+  Block* m_replacement;
+};
+
+TEST_F(BlockTest, ReplacingALinkRecordsTheNewBackReferenceReleasesTheOldThenStoresAndNotifies) {
+  Holder holder;
+  auto* a = new TestBlock("a", 3, &journal);
+  auto* first = new TestBlock("first", 3, &journal);
+  auto* second = new TestBlock("second", 3, &journal);
+  holder.Hold(a);
+  ASSERT_TRUE(a->MakeDependencyByID(0, first).IsOk());
+  ReleaseWitness witness(a, second, &journal);
+  first->AddBlockListener(&witness);
+  RecordingListener a_listener("a", &journal);
+  a->AddBlockListener(&a_listener);
+
+  ASSERT_TRUE(a->MakeDependencyByID(0, second).IsOk());
+  // When first goes, second already lists a but a's slot still holds first; the slot's
+  // event comes last.
+  EXPECT_TRUE(witness.replacement_linked);
+  EXPECT_TRUE(witness.slot_still_old);
+  EXPECT_THAT(journal.entries, ElementsAre("hear witness 1/0 from first", "delete first",
+                                           "hear a 2/0 from a"));
+  a->RemoveBlockListener(&a_listener);
+}
+
+TEST_F(BlockTest, ReplacingTheOnlyReferenceReleasesEverythingBelowAnnouncingEachBlock) {
+  // a -> old -> {mid -> leaf}; replacing old in a's slot releases old, mid and leaf.
+  Holder holder;
+  auto* a = new TestBlock("a", 3, &journal);
+  auto* old = new TestBlock("old", 3, &journal);
+  auto* mid = new TestBlock("mid", 3, &journal);
+  auto* leaf = new TestBlock("leaf", 3, &journal);
+  holder.Hold(a);
+  ASSERT_TRUE(a->MakeDependencyByID(1, old).IsOk());
+  ASSERT_TRUE(old->MakeDependencyByID(0, mid).IsOk());
+  ASSERT_TRUE(mid->MakeDependencyByID(2, leaf).IsOk());
+  RecordingListener old_listener("old", &journal);
+  RecordingListener mid_listener("mid", &journal);
+  RecordingListener leaf_listener("leaf", &journal);
+  old->AddBlockListener(&old_listener);
+  mid->AddBlockListener(&mid_listener);
+  leaf->AddBlockListener(&leaf_listener);
+
+  ASSERT_TRUE(a->MakeDependencyByID(1, new TestBlock("new", 3, &journal)).IsOk());
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear old 1/0 from old", "hear mid 1/0 from mid",
+                          "hear leaf 1/0 from leaf", "delete leaf", "hear mid 2/2 from mid",
+                          "delete mid", "hear old 2/0 from old", "delete old"));
+}
+
+TEST_F(BlockTest, RefusedCycleLeavesTheSlotItsOldBlockAndTheListenersAlone) {
+  Holder holder;
+  auto* a = new TestBlock("a", 3, &journal);
+  auto* k = new TestBlock("k", 3, &journal);
+  auto* kept = new TestBlock("kept", 3, &journal);
+  holder.Hold(a);
+  ASSERT_TRUE(a->MakeDependencyByID(0, k).IsOk());
+  ASSERT_TRUE(k->MakeDependencyByID(1, kept).IsOk());
+  RecordingListener k_listener("k", &journal);
+  k->AddBlockListener(&k_listener);
+
+  const Status status = k->MakeDependencyByID(1, a);
+  EXPECT_EQ(status.GetCode(), 3);
+  EXPECT_EQ(status.GetMessage(), kCyclic);
+  EXPECT_EQ(k->GetDependency(1), kept);
+  EXPECT_THAT(DependantsOf(kept), ElementsAre(k));
+  EXPECT_THAT(DependantsOf(a), ElementsAre(holder.Root()));
+  EXPECT_TRUE(journal.entries.empty());
+  k->RemoveBlockListener(&k_listener);
+}
+
+TEST_F(BlockTest, EraseDependantFromTableOfTheLastDependantReleasesAndReportsIt) {
+  TestBlock dependant("dependant", 1);
+  auto* block = new TestBlock("block", 3, &journal);
+  auto* below = new TestBlock("below", 3, &journal);
+  ASSERT_TRUE(block->MakeDependencyByID(2, below).IsOk());
+  ASSERT_TRUE(block->MakeDependant(0, &dependant));
+  RecordingListener listener("block", &journal);
+  block->AddBlockListener(&listener);
+  EXPECT_TRUE(block->EraseDependantFromTable(&dependant));
+  EXPECT_THAT(journal.entries, ElementsAre("hear block 1/0 from block", "delete below",
+                                           "hear block 2/2 from block", "delete block"));
+}
+
+TEST_F(BlockTest, BlockHeldThroughARawStoreAloneIsReleasedWithItsHolder) {
+  // Nothing lists the holder as a dependant of `raw`, so when the holder lets go the list is
+  // already empty, and that is the last dependant gone: `raw` is released.
+  TestBlock holder_block("holder", 1);
+  auto* raw = new TestBlock("raw", 3, &journal);
+  holder_block.SetDependency(0, raw);
+  RecordingListener listener("raw", &journal);
+  raw->AddBlockListener(&listener);
+  holder_block.DeleteDependency(0);
+  EXPECT_THAT(journal.entries, ElementsAre("hear raw 1/0 from raw", "delete raw"));
+  EXPECT_EQ(holder_block.GetDependency(0), nullptr);
+}
+
 TEST_F(BlockTest, SettingTheSameBlockTwiceLeavesTwoBackReferences) {
   Holder holder;
   auto* a = new TestBlock("a", 3, &journal);
@@ -429,6 +545,33 @@ TEST_F(BlockTest, CopyStartsWithTheSameRelations) {
   ASSERT_EQ(listener.events.size(), 1u);
   EXPECT_EQ(listener.events[0].block, &copy);
   source.RemoveBlockListener(&listener);
+  dependant.SetDependency(0, nullptr);
+}
+
+TEST_F(BlockTest, CopyAssignmentCopiesEveryField) {
+  TestBlock source("source");
+  TestBlock dependant("dependant");
+  RecordingListener listener;
+  ASSERT_TRUE(dependant.MakeDependencyByID(0, &source).IsOk());
+  source.AddBlockListener(&listener);
+  int host_value = 0;
+  source.SetData(&host_value);
+  source.SetID(4);
+  source.SetSaved(1);
+  source.SetSendEvents(false);
+
+  TestBlock target("target");
+  static_cast<Block&>(target) = source;
+  EXPECT_EQ(target.GetData(), &host_value);
+  EXPECT_THAT(DependantsOf(&target), ElementsAre(&dependant));
+  EXPECT_EQ(target.GetID(), 4u);
+  EXPECT_EQ(target.GetSaved(), 1);
+  EXPECT_FALSE(target.GetSendEvents());
+  target.SetSendEvents(true);
+  target.PostEvent(3, 0);
+  EXPECT_EQ(listener.events.size(), 1u);
+  source.RemoveBlockListener(&listener);
+  target.RemoveBlockListener(&listener);
   dependant.SetDependency(0, nullptr);
 }
 
