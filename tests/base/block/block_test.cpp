@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <orlo/base/block/block_table.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/support/scene_load.h>
@@ -144,6 +145,20 @@ TEST_F(BlockTest, TestDependantEndsOnACycleLeftByRawStores) {
   a.SetDependency(0, &b);
   b.SetDependency(0, &a);  // raw stores can close a cycle the links would refuse
   b.SetDependency(1, &target);
+  int count = 0;
+  a.TestDependant(&target, count);
+  EXPECT_EQ(count, 1);
+}
+
+TEST_F(BlockTest, TestDependantDoesNotCountBelowTheTarget) {
+  // a -> target, and target -> x -> target through raw stores: below the target lies another
+  // way to it, which is not counted.
+  TestBlock a("a");
+  TestBlock target("target");
+  TestBlock x("x");
+  a.SetDependency(0, &target);
+  target.SetDependency(0, &x);
+  x.SetDependency(0, &target);
   int count = 0;
   a.TestDependant(&target, count);
   EXPECT_EQ(count, 1);
@@ -408,6 +423,38 @@ TEST_F(BlockTest, DeleteAllDependenciesReleasesEverySlot) {
   EXPECT_EQ(a->GetDependency(0), nullptr);
   EXPECT_EQ(a->GetDependency(2), nullptr);
   EXPECT_THAT(journal.entries, ElementsAre("delete x", "delete y"));
+}
+
+// A listener that appends one more entry to a table the first time it hears it.
+class AppendingListener : public BlockListener {
+ public:
+  AppendingListener(BlockTable* table, Block* extra) : m_table(table), m_extra(extra) {}
+  void OnBlockEvent(BlockEvent) override {
+    if (m_extra == nullptr) return;
+    Block* extra = m_extra;
+    m_extra = nullptr;
+    m_table->PushBack(extra);
+  }
+
+ private:
+  BlockTable* m_table;
+  Block* m_extra;
+};
+
+TEST_F(BlockTest, DeleteAllDependenciesReadsTheSlotCountAgainAfterEveryStep) {
+  // The first emptied slot makes a listener append an entry; it is released too.
+  Holder holder;
+  auto* table = new BlockTable(true);
+  holder.Hold(table);
+  table->PushBack(new TestBlock("a", 3, &journal));
+  AppendingListener appender(table, new TestBlock("appended", 3, &journal));
+  table->AddBlockListener(&appender);
+  table->DeleteAllDependencies();
+  EXPECT_THAT(journal.entries, ElementsAre("delete a", "delete appended"));
+  EXPECT_EQ(table->GetNumBlocks(), 2u);
+  EXPECT_EQ(table->GetBlock(0), nullptr);
+  EXPECT_EQ(table->GetBlock(1), nullptr);
+  table->RemoveBlockListener(&appender);
 }
 
 TEST_F(BlockTest, ReplaceDependencyOfAnAbsentBlockReturnsFalse) {
@@ -717,6 +764,22 @@ TEST_F(BlockTest, LoadBlockDependenciesWithNoChunkLeavesTheReaderAlone) {
   BlockLoadData record;
   EXPECT_EQ(block.LoadBlockDependencies(&load, &record), 0);
   EXPECT_EQ(load.Depth(), 0);
+  EXPECT_FALSE(load.HasError());
+}
+
+TEST_F(BlockTest, LoadBlockDependenciesAtTheEndOfAChunkLeavesThatChunkOpen) {
+  // | id 0x0015 | length 0 |: the enclosing record has no child left.
+  SceneSave save;
+  save.BeginChunk(0x0015);
+  save.EndChunk();
+  SceneLoad load(save.TakeBytes());
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  TestBlock block("block");
+  BlockLoadData record;
+  record.dependency_ids = {4};
+  EXPECT_EQ(block.LoadBlockDependencies(&load, &record), 0);
+  EXPECT_EQ(load.Depth(), 1);
+  EXPECT_THAT(record.dependency_ids, ElementsAre(4));
   EXPECT_FALSE(load.HasError());
 }
 
