@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <orlo/base/block/internal/release_guard.h>
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -19,29 +20,26 @@ constexpr char kCyclicDependency[] = "Block::MakeDependencyByID : Cyclic Depende
 constexpr char kIndexOutOfRange[] =
     "Block::MakeDependencyByID : The dependency index is out of range.";
 
-// The blocks that are in the middle of letting go of one of their dependencies, innermost
-// last. A release can reach such a block again through a raw slot (a table's unlinked entry
-// holding one of its own dependants, a block holding itself); it then loses its back
-// references like any other block but is never destroyed, since its own call is still running.
-std::vector<const Block*>& ActiveReleasers() {
-  static std::vector<const Block*> releasers;
-  return releasers;
+// The guarded blocks, innermost last.
+std::vector<const Block*>& GuardedBlocks() {
+  static std::vector<const Block*> guarded;
+  return guarded;
 }
-
-bool IsActiveReleaser(const Block* block) {
-  const std::vector<const Block*>& releasers = ActiveReleasers();
-  return std::find(releasers.begin(), releasers.end(), block) != releasers.end();
-}
-
-class ReleaserScope {
- public:
-  explicit ReleaserScope(const Block* block) { ActiveReleasers().push_back(block); }
-  ReleaserScope(const ReleaserScope&) = delete;
-  ReleaserScope& operator=(const ReleaserScope&) = delete;
-  ~ReleaserScope() { ActiveReleasers().pop_back(); }
-};
 
 }  // namespace
+
+namespace internal {
+
+ReleaseGuard::ReleaseGuard(const Block* block) { GuardedBlocks().push_back(block); }
+
+ReleaseGuard::~ReleaseGuard() { GuardedBlocks().pop_back(); }
+
+bool IsReleaseGuarded(const Block* block) {
+  const std::vector<const Block*>& guarded = GuardedBlocks();
+  return std::find(guarded.begin(), guarded.end(), block) != guarded.end();
+}
+
+}  // namespace internal
 
 // ---- Defaults of the virtual operations ----
 
@@ -146,7 +144,7 @@ Status Block::MakeDependencyByID(int index, Block* block) {
   // Setting the same block again leaves a second back reference on purpose: existing scenes
   // count on a block surviving the release of one of two identical links.
   if (old != nullptr && old != block) {
-    ReleaserScope releasing(this);
+    internal::ReleaseGuard running(this);
     old->EraseDependantFromTable(this);
   }
   SetDependency(index, block);
@@ -158,7 +156,7 @@ void Block::DeleteDependency(int index) {
   Block* dependency = GetDependency(index);
   if (dependency == nullptr) return;
   {
-    ReleaserScope releasing(this);
+    internal::ReleaseGuard running(this);
     dependency->EraseDependantFromTable(this);
   }
   FinishSlotRelease(index);
@@ -205,8 +203,8 @@ bool Block::RemoveDependantEntries(Block* dependant) {
 
 bool Block::EraseDependantFromTable(Block* dependant) {
   if (!RemoveDependantEntries(dependant)) return false;
-  // A block releasing one of its own slots that leads back to itself is not destroyed there.
-  if (IsActiveReleaser(this)) return false;
+  // A block whose own release of a slot led back to it is not destroyed there.
+  if (internal::IsReleaseGuarded(this)) return false;
   ReleaseUnreferenced(this);
   return true;
 }
@@ -248,7 +246,7 @@ void Block::ReleaseUnreferenced(Block* block) {
     top.finishing_slot = true;
     // A block already being released (reached again through a raw slot) is not released twice.
     if (releasing.Contains(dependency)) continue;
-    if (dependency->RemoveDependantEntries(owner) && !IsActiveReleaser(dependency)) {
+    if (dependency->RemoveDependantEntries(owner) && !internal::IsReleaseGuarded(dependency)) {
       dependency->PostEvent(BlockEvent(dependency, 1, 0));
       stack.push_back({dependency, 0, false});
       releasing.Push(dependency);

@@ -493,6 +493,35 @@ TEST_F(BlockTableTest, SetNumBlocksShrinksPastRepeatedEntriesSafely) {
   EXPECT_THAT(journal.entries, ElementsAre("delete a"));
 }
 
+TEST_F(BlockTableTest, ShrinkingPastTheTablesOwnEntryOnlyDropsIt) {
+  TestBlock* a = NewBlock("a");
+  table->PushBack(a);
+  table->PushBack(table);  // refused: the table cannot hold itself, the entry stays unlinked
+  table->PushBack(NewBlock("c"));
+  listener.events.clear();
+  table->SetNumBlocks(1);
+  EXPECT_THAT(Entries(*table), ElementsAre(a));
+  EXPECT_THAT(journal.entries, ElementsAre("delete c"));
+  EXPECT_THAT(DependantsOf(table), ElementsAre(holder.Root()));
+}
+
+TEST(BlockTableStandaloneTest, ShrinkingPastAnUnlinkedDependantDestroysItButNotTheTable) {
+  // owner -> table, and a refused PushBack left owner as the table's entry. Destroying owner
+  // outright lets go of the table, which keeps running and is left with no dependant.
+  Journal journal;
+  auto* owner = new TestBlock("owner", 1, &journal);
+  auto* table = new BlockTable(true);
+  ASSERT_TRUE(owner->MakeDependencyByID(0, table).IsOk());
+  table->PushBack(new TestBlock("a", 3, &journal));
+  table->PushBack(owner);
+  table->SetNumBlocks(1);
+  EXPECT_THAT(journal.entries, ElementsAre("delete owner"));
+  EXPECT_EQ(table->GetNumBlocks(), 1u);
+  EXPECT_EQ(table->GetParentBlock(), nullptr);
+  table->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete owner", "delete a"));
+}
+
 TEST_F(BlockTableTest, CloneIsDeep) {
   TestBlock* a = NewBlock("a");
   TestBlock* b = NewBlock("b");
