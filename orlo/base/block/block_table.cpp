@@ -190,8 +190,8 @@ int BlockTable::Load(SceneLoad* load) {
       std::int32_t count = 0;
       if (!load->ReadInt32(count)) {
         // The reader has recorded the error; a count that was never read changes nothing.
-      } else if (count < 0 ||
-          static_cast<std::uint64_t>(count) > load->BytesLeftInFile() / kBytesPerEntryInFile) {
+      } else if (count < 0 || static_cast<std::uint64_t>(count) >
+                                  load->BytesLeftInFile() / kBytesPerEntryInFile) {
         load->ReportCorruption("block list of " + std::to_string(count) +
                                " entries does not fit the file");
       } else if (static_cast<std::size_t>(count) < m_blocks.size()) {

@@ -65,9 +65,7 @@ BlockFactory* SceneEngine::GetBlockFactory(unsigned index) {
   return index < Factories().size() ? Factories()[index].get() : nullptr;
 }
 
-unsigned SceneEngine::GetNumBlockFactories() {
-  return static_cast<unsigned>(Factories().size());
-}
+unsigned SceneEngine::GetNumBlockFactories() { return static_cast<unsigned>(Factories().size()); }
 
 void SceneEngine::DestroyFactories() {
   // One by one in registration order (clearing the list alone leaves the order to the

@@ -225,7 +225,8 @@ TEST_F(BlockEventsTest, ListenerThatRemovesItselfMakesTheNextOneMissTheEvent) {
   block.AddBlockListener(&skipped);
   block.AddBlockListener(&last);
   block.PostEvent(3, 0);
-  EXPECT_THAT(journal.entries, ElementsAre("hear leaving 3/0 from block", "hear last 3/0 from block"));
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear leaving 3/0 from block", "hear last 3/0 from block"));
   block.PostEvent(3, 1);
   EXPECT_EQ(skipped.events.size(), 1u);
   block.RemoveBlockListener(&skipped);
@@ -405,9 +406,15 @@ TEST_F(BlockEventsTest, DeliveryOnABranchyGraphFollowsTheDepthFirstRules) {
   auto make = [&](const std::string& name, Kind kind) -> TestBlock* {
     TestBlock* block = nullptr;
     switch (kind) {
-      case Kind::kDefault: block = new TestBlock(name, 3, &journal); break;
-      case Kind::kTranslating: block = new TranslatingBlock(name, 3, &journal); break;
-      case Kind::kDropping: block = new DroppingBlock(name, 3, &journal); break;
+      case Kind::kDefault:
+        block = new TestBlock(name, 3, &journal);
+        break;
+      case Kind::kTranslating:
+        block = new TranslatingBlock(name, 3, &journal);
+        break;
+      case Kind::kDropping:
+        block = new DroppingBlock(name, 3, &journal);
+        break;
     }
     kinds[block] = kind;
     names[block] = name;
@@ -454,16 +461,16 @@ TEST_F(BlockEventsTest, DeliveryOnABranchyGraphFollowsTheDepthFirstRules) {
   EXPECT_EQ(journal.entries, expected);
   // The same order written out: a's whole upward chain (d's two events one after the
   // other, then e) before b (dropped twice) and c; h is muted.
-  EXPECT_THAT(journal.entries,
-              ElementsAre("hear s 3/7 from s", "hear a 3/7 from a",  //
-                          "hear d 103/1 from d", "hear f 103/1 from f",
-                          "hear top 103/1 from top", "hear holder 103/1 from holder",
-                          "hear d 103/2 from d", "hear f 103/2 from f",
-                          "hear top 103/2 from top", "hear holder 103/2 from holder",
-                          "hear e 3/7 from e", "hear f 3/7 from f", "hear top 3/7 from top",
-                          "hear holder 3/7 from holder",  //
-                          "hear c 3/7 from c", "hear f 3/7 from f", "hear top 3/7 from top",
-                          "hear holder 3/7 from holder"));
+  EXPECT_THAT(
+      journal.entries,
+      ElementsAre("hear s 3/7 from s", "hear a 3/7 from a",  //
+                  "hear d 103/1 from d", "hear f 103/1 from f", "hear top 103/1 from top",
+                  "hear holder 103/1 from holder", "hear d 103/2 from d", "hear f 103/2 from f",
+                  "hear top 103/2 from top", "hear holder 103/2 from holder", "hear e 3/7 from e",
+                  "hear f 3/7 from f", "hear top 3/7 from top",
+                  "hear holder 3/7 from holder",  //
+                  "hear c 3/7 from c", "hear f 3/7 from f", "hear top 3/7 from top",
+                  "hear holder 3/7 from holder"));
 
   std::size_t i = 0;
   for (auto& [block, name] : names) block->RemoveBlockListener(listeners[i++].get());

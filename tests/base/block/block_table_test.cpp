@@ -191,8 +191,8 @@ TEST_F(BlockTableTest, SetBlockOutOfRangeOrWithNullIsRefused) {
   table->PushBack(a);
   listener.events.clear();
   TestBlock other("other");
-  for (const Status& status : {table->SetBlock(0, nullptr), table->SetBlock(1, &other),
-                               table->SetBlock(-1, &other)}) {
+  for (const Status& status :
+       {table->SetBlock(0, nullptr), table->SetBlock(1, &other), table->SetBlock(-1, &other)}) {
     EXPECT_EQ(status.GetCode(), 2);
     EXPECT_EQ(status.GetMessage(), kOutOfRange);
   }
@@ -560,8 +560,8 @@ TEST_F(BlockTableTest, DestroyingATableReportsEachEmptiedSlot) {
   RecordingListener standalone_listener("standalone", &journal);
   standalone->AddBlockListener(&standalone_listener);
   standalone->DeleteThis();
-  EXPECT_THAT(journal.entries, ElementsAre("delete a", "hear standalone 2/0", "delete c",
-                                           "hear standalone 2/2"));
+  EXPECT_THAT(journal.entries,
+              ElementsAre("delete a", "hear standalone 2/0", "delete c", "hear standalone 2/2"));
 }
 
 TEST_F(BlockTableTest, DestroyingATableReleasesItsEntries) {
@@ -603,8 +603,7 @@ TEST_F(BlockTableTest, SavedPayloadIsOneCountChunkByteForByte) {
   SceneSave save;
   ASSERT_EQ(table->Save(&save), 1);
   // | id 0x0005 | length 4 | count 3 |
-  const std::vector<std::uint8_t> expected = {0x05, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0,
-                                              3,    0, 0, 0};
+  const std::vector<std::uint8_t> expected = {0x05, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0};
   EXPECT_EQ(save.TakeBytes(), expected);
 }
 

@@ -277,8 +277,8 @@ TEST_F(BlockTest, ReplacingALinkRecordsTheNewBackReferenceReleasesTheOldThenStor
   // event comes last.
   EXPECT_TRUE(witness.replacement_linked);
   EXPECT_TRUE(witness.slot_still_old);
-  EXPECT_THAT(journal.entries, ElementsAre("hear witness 1/0 from first", "delete first",
-                                           "hear a 2/0 from a"));
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear witness 1/0 from first", "delete first", "hear a 2/0 from a"));
   a->RemoveBlockListener(&a_listener);
 }
 
@@ -511,10 +511,10 @@ TEST_F(BlockTest, DeleteThisBlockWithoutDeletingDetachesInBothDirections) {
   block->DeleteThisBlock(false);
   // Emptying the block's own slot posts code 2 through it to the parent, still attached then
   // (twice: the parent links it twice); the detaching itself posts nothing.
-  EXPECT_THAT(journal.entries,
-              ElementsAre("delete child", "process parent 2/1",
-                          "hear parent-listener 2/1 from parent", "process parent 2/1",
-                          "hear parent-listener 2/1 from parent"));
+  EXPECT_THAT(
+      journal.entries,
+      ElementsAre("delete child", "process parent 2/1", "hear parent-listener 2/1 from parent",
+                  "process parent 2/1", "hear parent-listener 2/1 from parent"));
   EXPECT_TRUE(DependantsOf(block).empty());
   for (int i = 0; i < block->NumDependencies(); ++i) EXPECT_EQ(block->GetDependency(i), nullptr);
   EXPECT_EQ(parent->GetDependency(0), nullptr);
