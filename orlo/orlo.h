@@ -23,6 +23,15 @@
 #include <orlo/base/block/block_table.h>
 #include <orlo/base/block/block_type.h>
 
+#include <orlo/base/data/data.h>
+#include <orlo/base/data/data_bool.h>
+#include <orlo/base/data/data_color.h>
+#include <orlo/base/data/data_float.h>
+#include <orlo/base/data/data_int.h>
+#include <orlo/base/data/data_point3.h>
+#include <orlo/base/data/data_string.h>
+#include <orlo/base/data/data_table.h>
+
 #include <orlo/base/controllers/controller.h>
 #include <orlo/base/controllers/float_controller.h>
 

@@ -1,5 +1,8 @@
 #include <orlo/base/block/block.h>
 
+#include <algorithm>
+
+#include <orlo/base/block/internal/release_guard.h>
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -17,7 +20,26 @@ constexpr char kCyclicDependency[] = "Block::MakeDependencyByID : Cyclic Depende
 constexpr char kIndexOutOfRange[] =
     "Block::MakeDependencyByID : The dependency index is out of range.";
 
+// The guarded blocks, innermost last.
+std::vector<const Block*>& GuardedBlocks() {
+  static std::vector<const Block*> guarded;
+  return guarded;
+}
+
 }  // namespace
+
+namespace internal {
+
+ReleaseGuard::ReleaseGuard(const Block* block) { GuardedBlocks().push_back(block); }
+
+ReleaseGuard::~ReleaseGuard() { GuardedBlocks().pop_back(); }
+
+bool IsReleaseGuarded(const Block* block) {
+  const std::vector<const Block*>& guarded = GuardedBlocks();
+  return std::find(guarded.begin(), guarded.end(), block) != guarded.end();
+}
+
+}  // namespace internal
 
 // ---- Defaults of the virtual operations ----
 
@@ -121,7 +143,10 @@ Status Block::MakeDependencyByID(int index, Block* block) {
   block->m_dependants.push_back(this);
   // Setting the same block again leaves a second back reference on purpose: existing scenes
   // count on a block surviving the release of one of two identical links.
-  if (old != nullptr && old != block) old->EraseDependantFromTable(this);
+  if (old != nullptr && old != block) {
+    internal::ReleaseGuard running(this);
+    old->EraseDependantFromTable(this);
+  }
   SetDependency(index, block);
   ProcessEvent(BlockEvent(this, 2, index));
   return result;
@@ -130,8 +155,10 @@ Status Block::MakeDependencyByID(int index, Block* block) {
 void Block::DeleteDependency(int index) {
   Block* dependency = GetDependency(index);
   if (dependency == nullptr) return;
-  // A block that holds itself in a raw slot never releases itself through that slot.
-  if (dependency != this) dependency->EraseDependantFromTable(this);
+  {
+    internal::ReleaseGuard running(this);
+    dependency->EraseDependantFromTable(this);
+  }
   FinishSlotRelease(index);
 }
 
@@ -176,6 +203,8 @@ bool Block::RemoveDependantEntries(Block* dependant) {
 
 bool Block::EraseDependantFromTable(Block* dependant) {
   if (!RemoveDependantEntries(dependant)) return false;
+  // A block whose own release of a slot led back to it is not destroyed there.
+  if (internal::IsReleaseGuarded(this)) return false;
   ReleaseUnreferenced(this);
   return true;
 }
@@ -217,7 +246,7 @@ void Block::ReleaseUnreferenced(Block* block) {
     top.finishing_slot = true;
     // A block already being released (reached again through a raw slot) is not released twice.
     if (releasing.Contains(dependency)) continue;
-    if (dependency->RemoveDependantEntries(owner)) {
+    if (dependency->RemoveDependantEntries(owner) && !internal::IsReleaseGuarded(dependency)) {
       dependency->PostEvent(BlockEvent(dependency, 1, 0));
       stack.push_back({dependency, 0, false});
       releasing.Push(dependency);

@@ -115,7 +115,8 @@ class Block {
   bool MakeDependant(int index, Block* dependant);
   // Removes `dependant` from the dependants. When none is left, the block posts code 1,
   // releases its dependencies and destroys itself; returns true in that case, after which the
-  // block no longer exists.
+  // block no longer exists. A block that is itself letting go of one of its dependencies (and
+  // is reached again through a raw slot) only loses the entries: it is never destroyed there.
   bool EraseDependantFromTable(Block* dependant);
   // Empties, in every dependant, each slot that holds this block (raw stores), then clears
   // the dependants.

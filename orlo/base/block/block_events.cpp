@@ -7,6 +7,12 @@
 // without deep recursion: while the stack hands an event to a dependant, that dependant's own
 // PostEvent is queued on the stack instead of running nested, and runs right after its
 // ProcessEvent returns. Any other PostEvent (from a listener, say) is delivered at once.
+//
+// The price of not recursing: what a dependant's ProcessEvent does after posting on itself
+// happens before that post climbs. An event it then posts on another block is heard first,
+// and a change it makes is already visible to the blocks above. Delivering that other post
+// later instead is not safe: a block that announces its release (code 1) is deleted right
+// after it posts.
 #include <algorithm>
 
 #include <orlo/base/block/block.h>

@@ -2,6 +2,7 @@
 
 #include <cassert>
 
+#include <orlo/base/block/internal/release_guard.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
@@ -141,9 +142,16 @@ void BlockTable::SwapBlocks(Block* a, Block* b) {
 
 void BlockTable::ShrinkTo(std::size_t count) {
   while (m_blocks.size() > count) {
+    Block* last = m_blocks.back();
     // Destroyed outright, even when other blocks still use it: their slots become null. The
-    // raw store of null also reaches this table's own entries that held the block.
-    if (Block* last = m_blocks.back()) last->DeleteThisBlock(true);
+    // raw store of null also reaches this table's own entries that held the block. An entry
+    // that is this table itself (a refused PushBack of itself) is only dropped, and the
+    // destruction of one of its own dependants left as an entry the same way must not
+    // destroy the table while it shrinks.
+    if (last != nullptr && last != this) {
+      internal::ReleaseGuard running(this);
+      last->DeleteThisBlock(true);
+    }
     if (m_blocks.size() > count) m_blocks.pop_back();
   }
 }
@@ -180,9 +188,10 @@ int BlockTable::Load(SceneLoad* load) {
   while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     if (load->CurChunkID() == kCountChunk) {
       std::int32_t count = 0;
-      load->ReadInt32(count);
-      if (count < 0 ||
-          static_cast<std::uint64_t>(count) > load->BytesLeftInFile() / kBytesPerEntryInFile) {
+      if (!load->ReadInt32(count)) {
+        // The reader has recorded the error; a count that was never read changes nothing.
+      } else if (count < 0 || static_cast<std::uint64_t>(count) >
+                                  load->BytesLeftInFile() / kBytesPerEntryInFile) {
         load->ReportCorruption("block list of " + std::to_string(count) +
                                " entries does not fit the file");
       } else if (static_cast<std::size_t>(count) < m_blocks.size()) {

@@ -66,7 +66,9 @@ class BlockTable : public Block {
   // Exchanges the last positions of `a` and `b` when both are present, then posts code 2.
   void SwapBlocks(Block* a, Block* b);
   // Grows with null entries, or shrinks by destroying the dropped entries outright (even when
-  // other blocks still use them: their slots become null). Posts nothing.
+  // other blocks still use them: their slots become null). An entry that is the table itself
+  // is only dropped. Posts no event of its own and does not mute the table, so a destroyed
+  // entry's own slot changes still come through it.
   // Requires: count >= 0.
   void SetNumBlocks(int count);
 

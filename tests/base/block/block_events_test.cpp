@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_event.h>
 #include <orlo/base/block/block_listener.h>
@@ -220,11 +225,93 @@ TEST_F(BlockEventsTest, ListenerThatRemovesItselfMakesTheNextOneMissTheEvent) {
   block.AddBlockListener(&skipped);
   block.AddBlockListener(&last);
   block.PostEvent(3, 0);
-  EXPECT_THAT(journal.entries, ElementsAre("hear leaving 3/0 from block", "hear last 3/0 from block"));
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear leaving 3/0 from block", "hear last 3/0 from block"));
   block.PostEvent(3, 1);
   EXPECT_EQ(skipped.events.size(), 1u);
   block.RemoveBlockListener(&skipped);
   block.RemoveBlockListener(&last);
+}
+
+// A block that drops every event it gets: the climb stops there.
+class DroppingBlock : public TestBlock {
+ public:
+  using TestBlock::TestBlock;
+  void ProcessEvent(BlockEvent) override {}
+};
+
+// A listener that attaches another listener to the block it hears, the first time.
+class RecruitingListener : public RecordingListener {
+ public:
+  RecruitingListener(Block* block, BlockListener* recruit, Journal* journal)
+      : RecordingListener("recruiter", journal), m_block(block), m_recruit(recruit) {}
+  void OnBlockEvent(BlockEvent event) override {
+    RecordingListener::OnBlockEvent(event);
+    m_block->AddBlockListener(m_recruit);
+  }
+
+ private:
+  Block* m_block;
+  BlockListener* m_recruit;
+};
+
+TEST_F(BlockEventsTest, ListenerAddedDuringDeliveryHearsTheSameEvent) {
+  // The number of listeners is read again before each one is called.
+  TestBlock block("block");
+  RecordingListener recruit("recruit", &journal);
+  RecruitingListener recruiter(&block, &recruit, &journal);
+  block.AddBlockListener(&recruiter);
+  block.PostEvent(3, 4);
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear recruiter 3/4 from block", "hear recruit 3/4 from block"));
+  block.RemoveBlockListener(&recruiter);
+  block.RemoveBlockListener(&recruit);
+}
+
+// A block that records the sender named by each event handed to its ProcessEvent.
+class SenderRecordingBlock : public TestBlock {
+ public:
+  using TestBlock::TestBlock;
+  void ProcessEvent(BlockEvent event) override {
+    senders.push_back(event.block);
+    TestBlock::ProcessEvent(event);
+  }
+  std::vector<Block*> senders;
+};
+
+TEST_F(BlockEventsTest, DependantGetsTheEventAsItsDependencyPostedIt) {
+  // The sender field names the block that handed the event over; PostEvent itself changes
+  // nothing in it, so an event posted with another sender arrives with that sender.
+  auto* source = new TestBlock("source", 1);
+  SenderRecordingBlock dependant("dependant", 1);
+  ASSERT_TRUE(dependant.MakeDependencyByID(0, source).IsOk());
+  dependant.senders.clear();
+  TestBlock stranger("stranger");
+  source->PostEvent(3, 0);
+  source->PostEvent(BlockEvent(&stranger, 3, 0));
+  source->ProcessEvent(BlockEvent(&stranger, 3, 0));  // restamped by the source first
+  EXPECT_THAT(dependant.senders, ElementsAre(source, &stranger, source));
+  dependant.DeleteDependency(0);
+}
+
+TEST_F(BlockEventsTest, LinkingDeliversCodeTwoThroughTheVirtualProcessEvent) {
+  // The slot change goes to the block's own ProcessEvent: a block that drops events lets
+  // its listeners hear nothing, and the link is made all the same.
+  DroppingBlock dropper("dropper", 2);
+  RecordingListener listener;
+  dropper.AddBlockListener(&listener);
+  auto* dependency = new TestBlock("dependency");
+  ASSERT_TRUE(dropper.MakeDependencyByID(1, dependency).IsOk());
+  EXPECT_EQ(dropper.GetDependency(1), dependency);
+  dropper.DeleteDependency(1);
+  EXPECT_TRUE(listener.events.empty());
+
+  SenderRecordingBlock recorder("recorder", 2);
+  TestBlock* logged = new TestBlock("logged");
+  ASSERT_TRUE(recorder.MakeDependencyByID(1, logged).IsOk());
+  recorder.DeleteDependency(1);
+  EXPECT_THAT(recorder.senders, ElementsAre(&recorder, &recorder));
+  dropper.RemoveBlockListener(&listener);
 }
 
 // A block that turns every event it gets into two events of its own, in order.
@@ -255,6 +342,138 @@ TEST_F(BlockEventsTest, EventsPostedByOneDependantArriveInTheOrderPosted) {
   translator->RemoveBlockListener(&translator_listener);
   top.RemoveBlockListener(&top_listener);
   top.DeleteDependency(0);  // releases translator, then source
+}
+
+TEST_F(BlockEventsTest, BlockThatDropsAnEventEndsItsClimb) {
+  auto* source = new TestBlock("source", 1);
+  auto* dropper = new DroppingBlock("dropper", 1);
+  TestBlock top("top", 1);
+  ASSERT_TRUE(dropper->MakeDependencyByID(0, source).IsOk());
+  ASSERT_TRUE(top.MakeDependencyByID(0, dropper).IsOk());
+  RecordingListener dropper_listener("dropper");
+  RecordingListener top_listener("top");
+  dropper->AddBlockListener(&dropper_listener);
+  top.AddBlockListener(&top_listener);
+  source->PostEvent(3, 0);
+  EXPECT_TRUE(dropper_listener.events.empty());
+  EXPECT_TRUE(top_listener.events.empty());
+  dropper->RemoveBlockListener(&dropper_listener);
+  top.RemoveBlockListener(&top_listener);
+  top.DeleteDependency(0);
+}
+
+// The delivery rules written as plainly as possible, recursively: what a block's listeners
+// and dependants hear when it posts `event`. Used to check the real delivery on a graph.
+enum class Kind { kDefault, kTranslating, kDropping };
+
+void ModelPost(Block* block, BlockEvent event, const std::map<Block*, Kind>& kinds,
+               const std::map<Block*, std::string>& names, std::vector<std::string>& out);
+
+void ModelProcess(Block* block, BlockEvent event, const std::map<Block*, Kind>& kinds,
+                  const std::map<Block*, std::string>& names, std::vector<std::string>& out) {
+  switch (kinds.at(block)) {
+    case Kind::kDefault:
+      event.block = block;
+      ModelPost(block, event, kinds, names, out);
+      break;
+    case Kind::kTranslating:
+      ModelPost(block, BlockEvent(block, 100 + event.code, 1), kinds, names, out);
+      ModelPost(block, BlockEvent(block, 100 + event.code, 2), kinds, names, out);
+      break;
+    case Kind::kDropping:
+      break;
+  }
+}
+
+void ModelPost(Block* block, BlockEvent event, const std::map<Block*, Kind>& kinds,
+               const std::map<Block*, std::string>& names, std::vector<std::string>& out) {
+  if (!block->GetSendEvents()) return;
+  out.push_back("hear " + names.at(block) + " " + std::to_string(event.code) + "/" +
+                std::to_string(event.param) + " from " + names.at(event.block));
+  std::vector<Block*> dependants;
+  block->GetDependants(dependants);
+  for (Block* dependant : dependants) ModelProcess(dependant, event, kinds, names, out);
+}
+
+TEST_F(BlockEventsTest, DeliveryOnABranchyGraphFollowsTheDepthFirstRules) {
+  // Links (dependant -> dependency): a, b (twice), c -> s; d, e -> a; f -> d, e, c; g -> b;
+  // h -> c; top -> f, h, g. d posts two events for each one it gets, b drops what it gets,
+  // and h is muted.
+  // Declared first so that the listeners outlive the graph, whatever happens below.
+  std::vector<std::unique_ptr<RecordingListener>> listeners;
+  std::map<Block*, Kind> kinds;
+  std::map<Block*, std::string> names;
+  auto make = [&](const std::string& name, Kind kind) -> TestBlock* {
+    TestBlock* block = nullptr;
+    switch (kind) {
+      case Kind::kDefault:
+        block = new TestBlock(name, 3, &journal);
+        break;
+      case Kind::kTranslating:
+        block = new TranslatingBlock(name, 3, &journal);
+        break;
+      case Kind::kDropping:
+        block = new DroppingBlock(name, 3, &journal);
+        break;
+    }
+    kinds[block] = kind;
+    names[block] = name;
+    return block;
+  };
+  TestBlock* s = make("s", Kind::kDefault);
+  TestBlock* a = make("a", Kind::kDefault);
+  TestBlock* b = make("b", Kind::kDropping);
+  TestBlock* c = make("c", Kind::kDefault);
+  TestBlock* d = make("d", Kind::kTranslating);
+  TestBlock* e = make("e", Kind::kDefault);
+  TestBlock* f = make("f", Kind::kDefault);
+  TestBlock* g = make("g", Kind::kDefault);
+  TestBlock* h = make("h", Kind::kDefault);
+  TestBlock* top = make("top", Kind::kDefault);
+  Holder holder(top);
+  kinds[holder.Root()] = Kind::kDefault;
+  names[holder.Root()] = "holder";
+  ASSERT_TRUE(top->MakeDependencyByID(0, f).IsOk());
+  ASSERT_TRUE(top->MakeDependencyByID(1, h).IsOk());
+  ASSERT_TRUE(top->MakeDependencyByID(2, g).IsOk());
+  ASSERT_TRUE(f->MakeDependencyByID(0, d).IsOk());
+  ASSERT_TRUE(f->MakeDependencyByID(1, e).IsOk());
+  ASSERT_TRUE(f->MakeDependencyByID(2, c).IsOk());
+  ASSERT_TRUE(g->MakeDependencyByID(0, b).IsOk());
+  ASSERT_TRUE(h->MakeDependencyByID(0, c).IsOk());
+  ASSERT_TRUE(d->MakeDependencyByID(0, a).IsOk());
+  ASSERT_TRUE(e->MakeDependencyByID(0, a).IsOk());
+  ASSERT_TRUE(a->MakeDependencyByID(0, s).IsOk());
+  ASSERT_TRUE(b->MakeDependencyByID(0, s).IsOk());
+  ASSERT_TRUE(b->MakeDependencyByID(1, s).IsOk());
+  ASSERT_TRUE(c->MakeDependencyByID(0, s).IsOk());
+  h->SetSendEvents(false);
+
+  for (auto& [block, name] : names) {
+    listeners.push_back(std::make_unique<RecordingListener>(name, &journal));
+    block->AddBlockListener(listeners.back().get());
+  }
+  journal.entries.clear();
+
+  std::vector<std::string> expected;
+  ModelPost(s, BlockEvent(s, 3, 7), kinds, names, expected);
+  s->PostEvent(3, 7);
+  EXPECT_EQ(journal.entries, expected);
+  // The same order written out: a's whole upward chain (d's two events one after the
+  // other, then e) before b (dropped twice) and c; h is muted.
+  EXPECT_THAT(
+      journal.entries,
+      ElementsAre("hear s 3/7 from s", "hear a 3/7 from a",  //
+                  "hear d 103/1 from d", "hear f 103/1 from f", "hear top 103/1 from top",
+                  "hear holder 103/1 from holder", "hear d 103/2 from d", "hear f 103/2 from f",
+                  "hear top 103/2 from top", "hear holder 103/2 from holder", "hear e 3/7 from e",
+                  "hear f 3/7 from f", "hear top 3/7 from top",
+                  "hear holder 3/7 from holder",  //
+                  "hear c 3/7 from c", "hear f 3/7 from f", "hear top 3/7 from top",
+                  "hear holder 3/7 from holder"));
+
+  std::size_t i = 0;
+  for (auto& [block, name] : names) block->RemoveBlockListener(listeners[i++].get());
 }
 
 // A listener that posts an event of its own on another block while it hears one.

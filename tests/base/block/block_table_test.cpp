@@ -39,7 +39,9 @@ class BlockTableTest : public ::testing::Test {
     holder.Hold(table);
     table->AddBlockListener(&listener);
   }
-  void TearDown() override { table->RemoveBlockListener(&listener); }
+  void TearDown() override {
+    if (table != nullptr) table->RemoveBlockListener(&listener);
+  }
 
   TestBlock* NewBlock(const std::string& name) { return new TestBlock(name, 3, &journal); }
 
@@ -109,6 +111,30 @@ TEST_F(BlockTableTest, PushBackOfTheTableItselfKeepsAnUnlinkedEntry) {
   EXPECT_THAT(DependantsOf(table), ElementsAre(holder.Root()));
 }
 
+TEST_F(BlockTableTest, TableHoldingItsOwnDependantUnlinkedIsReleasedWithItsHolder) {
+  // The refused entry leads back to the holder's root while the root releases the table.
+  TestBlock* a = NewBlock("a");
+  table->PushBack(a);
+  table->PushBack(holder.Root());
+  table->RemoveBlockListener(&listener);
+  holder.Root()->DeleteDependency(0);
+  EXPECT_THAT(journal.entries, ElementsAre("delete a"));
+  EXPECT_EQ(holder.Root()->GetDependency(0), nullptr);
+  table = nullptr;
+}
+
+TEST(BlockTableStandaloneTest, TableHoldingItselfSurvivesSetBlockIntoThatEntry) {
+  Journal journal;
+  auto* table = new BlockTable(true);
+  table->PushBack(table);
+  auto* a = new TestBlock("a", 3, &journal);
+  EXPECT_TRUE(table->SetBlock(0, a).IsOk());
+  EXPECT_THAT(Entries(*table), ElementsAre(a));
+  EXPECT_THAT(DependantsOf(a), ElementsAre(table));
+  table->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete a"));
+}
+
 TEST_F(BlockTableTest, GetDependencyNameIsTheEntrysClassName) {
   table->PushBack(NewBlock("a"));
   table->PushBack(nullptr);
@@ -165,8 +191,8 @@ TEST_F(BlockTableTest, SetBlockOutOfRangeOrWithNullIsRefused) {
   table->PushBack(a);
   listener.events.clear();
   TestBlock other("other");
-  for (const Status& status : {table->SetBlock(0, nullptr), table->SetBlock(1, &other),
-                               table->SetBlock(-1, &other)}) {
+  for (const Status& status :
+       {table->SetBlock(0, nullptr), table->SetBlock(1, &other), table->SetBlock(-1, &other)}) {
     EXPECT_EQ(status.GetCode(), 2);
     EXPECT_EQ(status.GetMessage(), kOutOfRange);
   }
@@ -283,6 +309,127 @@ TEST_F(BlockTableTest, SwapBlocksWithAMissingOrNullBlockDoesNothing) {
   EXPECT_TRUE(listener.events.empty());
 }
 
+TEST_F(BlockTableTest, BulkEditsLeaveATableTheCallerMutedUnmuted) {
+  // PushBack and both Erase forms mute the table on entry and set it sending again on the
+  // way out, whatever it was before; the summary event then goes out.
+  TestBlock* a = NewBlock("a");
+  table->SetSendEvents(false);
+  table->PushBack(a);
+  EXPECT_TRUE(table->GetSendEvents());
+  EXPECT_EQ(listener.events.size(), 1u);
+
+  table->SetSendEvents(false);
+  table->Erase(7);  // out of range: unmuted, nothing posted
+  EXPECT_TRUE(table->GetSendEvents());
+  table->SetSendEvents(false);
+  TestBlock absent("absent");
+  table->Erase(&absent);  // absent: unmuted, nothing posted
+  EXPECT_TRUE(table->GetSendEvents());
+  EXPECT_EQ(listener.events.size(), 1u);
+
+  table->SetSendEvents(false);
+  table->Erase(0);
+  EXPECT_TRUE(table->GetSendEvents());
+  EXPECT_EQ(listener.events.size(), 2u);
+
+  table->SetSendEvents(false);
+  table->Erase(&absent);  // empty table: unmuted, nothing posted
+  EXPECT_TRUE(table->GetSendEvents());
+  EXPECT_EQ(listener.events.size(), 2u);
+}
+
+TEST_F(BlockTableTest, SwapBlocksAndSetBlockDoNotTouchTheMute) {
+  TestBlock* a = NewBlock("a");
+  TestBlock* b = NewBlock("b");
+  table->PushBack(a);
+  table->PushBack(b);
+  listener.events.clear();
+  table->SetSendEvents(false);
+  table->SwapBlocks(a, b);
+  EXPECT_TRUE(table->SetBlock(0, NewBlock("c")).IsOk());
+  EXPECT_FALSE(table->GetSendEvents());
+  EXPECT_TRUE(listener.events.empty());
+  table->SetSendEvents(true);
+}
+
+TEST_F(BlockTableTest, SummaryEventClimbsToTheTablesDependantsOnce) {
+  RecordingListener root_listener("root");
+  holder.Root()->AddBlockListener(&root_listener);
+  table->PushBack(NewBlock("a"));
+  table->PushBack(NewBlock("b"));
+  ASSERT_EQ(root_listener.events.size(), 2u);
+  for (const BlockEvent& event : root_listener.events) {
+    EXPECT_EQ(event.block, holder.Root());
+    EXPECT_EQ(event.code, 2);
+    EXPECT_EQ(event.param, 0);  // the link's own event (parameter 1) stayed muted
+  }
+  root_listener.events.clear();
+  table->Erase(1);
+  ASSERT_EQ(root_listener.events.size(), 1u);
+  EXPECT_EQ(root_listener.events[0].param, 1);
+  holder.Root()->RemoveBlockListener(&root_listener);
+}
+
+TEST_F(BlockTableTest, SetBlockPostsTheSlotIndex) {
+  table->PushBack(NewBlock("a"));
+  table->PushBack(NewBlock("b"));
+  listener.events.clear();
+  ASSERT_TRUE(table->SetBlock(1, NewBlock("c")).IsOk());
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].code, 2);
+  EXPECT_EQ(listener.events[0].param, 1);
+  EXPECT_EQ(listener.events[0].block, table);
+  EXPECT_THAT(journal.entries, ElementsAre("delete b"));
+}
+
+TEST_F(BlockTableTest, EraseByIndexOfANullEntryRemovesItAndPostsTheEvent) {
+  TestBlock* a = NewBlock("a");
+  table->PushBack(nullptr);
+  table->PushBack(a);
+  listener.events.clear();
+  table->Erase(0);
+  EXPECT_THAT(Entries(*table), ElementsAre(a));
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].param, 0);
+}
+
+TEST_F(BlockTableTest, EraseByBlockOfNullRemovesEveryNullEntry) {
+  TestBlock* a = NewBlock("a");
+  table->PushBack(nullptr);
+  table->PushBack(a);
+  table->PushBack(nullptr);
+  listener.events.clear();
+  table->Erase(static_cast<Block*>(nullptr));
+  EXPECT_THAT(Entries(*table), ElementsAre(a));
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].code, 2);
+  EXPECT_EQ(listener.events[0].param, 0);
+}
+
+TEST_F(BlockTableTest, EraseByBlockOfAdjacentEntriesReleasesTheBlockOnce) {
+  TestBlock* a = NewBlock("a");
+  TestBlock* b = NewBlock("b");
+  table->PushBack(b);
+  table->PushBack(a);
+  table->PushBack(a);
+  table->Erase(a);
+  EXPECT_THAT(Entries(*table), ElementsAre(b));
+  EXPECT_THAT(journal.entries, ElementsAre("delete a"));
+}
+
+TEST_F(BlockTableTest, SwapBlocksUsesTheLastPositionOfEach) {
+  TestBlock* a = NewBlock("a");
+  TestBlock* b = NewBlock("b");
+  for (Block* entry : {static_cast<Block*>(a), static_cast<Block*>(b), static_cast<Block*>(a),
+                       static_cast<Block*>(b)}) {
+    table->PushBack(entry);
+  }
+  table->SwapBlocks(a, b);
+  EXPECT_THAT(Entries(*table), ElementsAre(a, b, b, a));
+  EXPECT_THAT(DependantsOf(a), ElementsAre(table, table));
+  EXPECT_THAT(DependantsOf(b), ElementsAre(table, table));
+}
+
 TEST_F(BlockTableTest, SetNumBlocksGrowsWithNullEntriesWithoutEvents) {
   table->PushBack(NewBlock("a"));
   listener.events.clear();
@@ -318,6 +465,24 @@ TEST_F(BlockTableTest, SetNumBlocksDestroysDroppedEntriesEvenWhenUsedElsewhere) 
   user->RemoveBlockListener(&user_listener);
 }
 
+TEST_F(BlockTableTest, SetNumBlocksLeavesTheTableSending) {
+  // Unlike the bulk edits the table is not muted: a dropped entry that empties its own slots
+  // reports that through the table.
+  TestBlock* entry = NewBlock("entry");
+  ASSERT_TRUE(entry->MakeDependencyByID(1, NewBlock("below")).IsOk());
+  table->PushBack(NewBlock("kept"));
+  table->PushBack(entry);
+  table->PushBack(nullptr);
+  listener.events.clear();
+  table->SetNumBlocks(1);
+  EXPECT_EQ(table->GetNumBlocks(), 1u);
+  EXPECT_THAT(journal.entries, ElementsAre("delete below", "delete entry"));
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].block, table);
+  EXPECT_EQ(listener.events[0].code, 2);
+  EXPECT_EQ(listener.events[0].param, 1);
+}
+
 TEST_F(BlockTableTest, SetNumBlocksShrinksPastRepeatedEntriesSafely) {
   TestBlock* a = NewBlock("a");
   table->PushBack(a);
@@ -326,6 +491,35 @@ TEST_F(BlockTableTest, SetNumBlocksShrinksPastRepeatedEntriesSafely) {
   table->SetNumBlocks(0);
   EXPECT_EQ(table->GetNumBlocks(), 0u);
   EXPECT_THAT(journal.entries, ElementsAre("delete a"));
+}
+
+TEST_F(BlockTableTest, ShrinkingPastTheTablesOwnEntryOnlyDropsIt) {
+  TestBlock* a = NewBlock("a");
+  table->PushBack(a);
+  table->PushBack(table);  // refused: the table cannot hold itself, the entry stays unlinked
+  table->PushBack(NewBlock("c"));
+  listener.events.clear();
+  table->SetNumBlocks(1);
+  EXPECT_THAT(Entries(*table), ElementsAre(a));
+  EXPECT_THAT(journal.entries, ElementsAre("delete c"));
+  EXPECT_THAT(DependantsOf(table), ElementsAre(holder.Root()));
+}
+
+TEST(BlockTableStandaloneTest, ShrinkingPastAnUnlinkedDependantDestroysItButNotTheTable) {
+  // owner -> table, and a refused PushBack left owner as the table's entry. Destroying owner
+  // outright lets go of the table, which keeps running and is left with no dependant.
+  Journal journal;
+  auto* owner = new TestBlock("owner", 1, &journal);
+  auto* table = new BlockTable(true);
+  ASSERT_TRUE(owner->MakeDependencyByID(0, table).IsOk());
+  table->PushBack(new TestBlock("a", 3, &journal));
+  table->PushBack(owner);
+  table->SetNumBlocks(1);
+  EXPECT_THAT(journal.entries, ElementsAre("delete owner"));
+  EXPECT_EQ(table->GetNumBlocks(), 1u);
+  EXPECT_EQ(table->GetParentBlock(), nullptr);
+  table->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete owner", "delete a"));
 }
 
 TEST_F(BlockTableTest, CloneIsDeep) {
@@ -342,6 +536,32 @@ TEST_F(BlockTableTest, CloneIsDeep) {
   EXPECT_EQ(b_clone->Name(), "b_clone");
   EXPECT_THAT(DependantsOf(a_clone), ElementsAre(copy));
   EXPECT_THAT(DependantsOf(a), ElementsAre(table));
+}
+
+TEST_F(BlockTableTest, CloneClonesARepeatedEntryOncePerPosition) {
+  TestBlock* a = NewBlock("a");
+  table->PushBack(a);
+  table->PushBack(a);
+  listener.events.clear();
+  auto* copy = static_cast<BlockTable*>(table->Clone());
+  Holder copy_holder(copy);
+  ASSERT_EQ(copy->GetNumBlocks(), 2u);
+  EXPECT_NE(copy->GetBlock(0), copy->GetBlock(1));
+  EXPECT_NE(copy->GetBlock(0), a);
+  EXPECT_THAT(DependantsOf(copy->GetBlock(1)), ElementsAre(copy));
+  EXPECT_TRUE(listener.events.empty());  // the source posts nothing
+}
+
+TEST_F(BlockTableTest, DestroyingATableReportsEachEmptiedSlot) {
+  auto* standalone = new BlockTable(true);
+  standalone->PushBack(NewBlock("a"));
+  standalone->PushBack(nullptr);
+  standalone->PushBack(NewBlock("c"));
+  RecordingListener standalone_listener("standalone", &journal);
+  standalone->AddBlockListener(&standalone_listener);
+  standalone->DeleteThis();
+  EXPECT_THAT(journal.entries,
+              ElementsAre("delete a", "hear standalone 2/0", "delete c", "hear standalone 2/2"));
 }
 
 TEST_F(BlockTableTest, DestroyingATableReleasesItsEntries) {
@@ -378,6 +598,15 @@ TEST_F(BlockTableTest, SavedTableWritesItsCountAndListsItsEntriesAsDependencies)
   EXPECT_THAT(numbers, ElementsAre(3, 10, 11, 12));
 }
 
+TEST_F(BlockTableTest, SavedPayloadIsOneCountChunkByteForByte) {
+  for (const char* name : {"a", "b", "c"}) table->PushBack(NewBlock(name));
+  SceneSave save;
+  ASSERT_EQ(table->Save(&save), 1);
+  // | id 0x0005 | length 4 | count 3 |
+  const std::vector<std::uint8_t> expected = {0x05, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0};
+  EXPECT_EQ(save.TakeBytes(), expected);
+}
+
 // A payload as a table's Save writes it, plus `extra` trailing bytes standing in for the
 // dependency chunk that follows in a scene file.
 std::vector<std::uint8_t> CountPayload(std::int32_t count, int extra_numbers) {
@@ -409,6 +638,38 @@ TEST_F(BlockTableTest, LoadShrinksByDestroyingTheDroppedEntries) {
   EXPECT_THAT(journal.entries, ElementsAre("delete c", "delete b"));
 }
 
+TEST_F(BlockTableTest, LoadOfTheCurrentCountChangesNothing) {
+  TestBlock* a = NewBlock("a");
+  TestBlock* b = NewBlock("b");
+  table->PushBack(a);
+  table->PushBack(b);
+  SceneLoad load(CountPayload(2, 2));
+  EXPECT_EQ(table->Load(&load), 1);
+  EXPECT_THAT(Entries(*table), ElementsAre(a, b));
+  EXPECT_TRUE(journal.entries.empty());
+}
+
+TEST_F(BlockTableTest, LoadShrinkingDestroysEntriesUsedElsewhere) {
+  TestBlock* user = NewBlock("user");
+  Holder user_holder(user);
+  TestBlock* b = NewBlock("b");
+  table->PushBack(NewBlock("a"));
+  table->PushBack(b);
+  ASSERT_TRUE(user->MakeDependencyByID(0, b).IsOk());
+  SceneLoad load(CountPayload(1, 1));
+  EXPECT_EQ(table->Load(&load), 1);
+  EXPECT_EQ(table->GetNumBlocks(), 1u);
+  EXPECT_THAT(journal.entries, ElementsAre("delete b"));
+  EXPECT_EQ(user->GetDependency(0), nullptr);
+}
+
+TEST_F(BlockTableTest, LoadOfAnEmptyPayloadSucceedsAndChangesNothing) {
+  table->PushBack(NewBlock("a"));
+  SceneLoad load(std::vector<std::uint8_t>{});
+  EXPECT_EQ(table->Load(&load), 1);
+  EXPECT_EQ(table->GetNumBlocks(), 1u);
+}
+
 TEST_F(BlockTableTest, LoadRejectsACountTheFileCannotHold) {
   SceneLoad load(CountPayload(0x7FFFFFFF, 2));
   EXPECT_EQ(table->Load(&load), 0);
@@ -420,6 +681,18 @@ TEST_F(BlockTableTest, LoadRejectsANegativeCount) {
   SceneLoad load(CountPayload(-1, 0));
   EXPECT_EQ(table->Load(&load), 0);
   EXPECT_EQ(table->GetNumBlocks(), 0u);
+}
+
+TEST_F(BlockTableTest, LoadOfACountChunkTooShortForItsNumberKeepsTheEntries) {
+  // | id 0x0005 | length 2 | 01 00 |: the framing is sound but the count is cut short.
+  const std::vector<std::uint8_t> bytes = {0x05, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0x01, 0x00};
+  table->PushBack(NewBlock("a"));
+  table->PushBack(NewBlock("b"));
+  SceneLoad load(bytes);
+  EXPECT_EQ(table->Load(&load), 0);
+  EXPECT_TRUE(load.HasError());
+  EXPECT_EQ(table->GetNumBlocks(), 2u);
+  EXPECT_TRUE(journal.entries.empty());
 }
 
 TEST_F(BlockTableTest, LoadReportsACorruptChunk) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <orlo/base/block/block_table.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/support/scene_load.h>
@@ -149,6 +150,20 @@ TEST_F(BlockTest, TestDependantEndsOnACycleLeftByRawStores) {
   EXPECT_EQ(count, 1);
 }
 
+TEST_F(BlockTest, TestDependantDoesNotCountBelowTheTarget) {
+  // a -> target, and target -> x -> target through raw stores: below the target lies another
+  // way to it, which is not counted.
+  TestBlock a("a");
+  TestBlock target("target");
+  TestBlock x("x");
+  a.SetDependency(0, &target);
+  target.SetDependency(0, &x);
+  x.SetDependency(0, &target);
+  int count = 0;
+  a.TestDependant(&target, count);
+  EXPECT_EQ(count, 1);
+}
+
 TEST_F(BlockTest, MakeDependantRefusesACycleAndOtherwiseAppends) {
   Holder holder;
   auto* a = new TestBlock("a");
@@ -223,6 +238,122 @@ TEST_F(BlockTest, ReplacingALinkReleasesTheOldBlockAfterLinkingTheNewOne) {
   EXPECT_THAT(journal.entries, ElementsAre("hear first-listener 1/0 from first", "delete first"));
 }
 
+// A listener that records, when the block it hears announces its release, what its former
+// dependant and the replacing block look like at that moment.
+class ReleaseWitness : public RecordingListener {
+ public:
+  ReleaseWitness(Block* dependant, Block* replacement, Journal* journal)
+      : RecordingListener("witness", journal), m_dependant(dependant), m_replacement(replacement) {}
+  void OnBlockEvent(BlockEvent event) override {
+    RecordingListener::OnBlockEvent(event);
+    if (event.code != 1) return;
+    std::vector<Block*> dependants;
+    m_replacement->GetDependants(dependants);
+    replacement_linked = dependants.size() == 1 && dependants[0] == m_dependant;
+    slot_still_old = m_dependant->GetDependency(0) == event.block;
+  }
+  bool replacement_linked = false;
+  bool slot_still_old = false;
+
+ private:
+  Block* m_dependant;
+  Block* m_replacement;
+};
+
+TEST_F(BlockTest, ReplacingALinkRecordsTheNewBackReferenceReleasesTheOldThenStoresAndNotifies) {
+  Holder holder;
+  auto* a = new TestBlock("a", 3, &journal);
+  auto* first = new TestBlock("first", 3, &journal);
+  auto* second = new TestBlock("second", 3, &journal);
+  holder.Hold(a);
+  ASSERT_TRUE(a->MakeDependencyByID(0, first).IsOk());
+  ReleaseWitness witness(a, second, &journal);
+  first->AddBlockListener(&witness);
+  RecordingListener a_listener("a", &journal);
+  a->AddBlockListener(&a_listener);
+
+  ASSERT_TRUE(a->MakeDependencyByID(0, second).IsOk());
+  // When first goes, second already lists a but a's slot still holds first; the slot's
+  // event comes last.
+  EXPECT_TRUE(witness.replacement_linked);
+  EXPECT_TRUE(witness.slot_still_old);
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear witness 1/0 from first", "delete first", "hear a 2/0 from a"));
+  a->RemoveBlockListener(&a_listener);
+}
+
+TEST_F(BlockTest, ReplacingTheOnlyReferenceReleasesEverythingBelowAnnouncingEachBlock) {
+  // a -> old -> {mid -> leaf}; replacing old in a's slot releases old, mid and leaf.
+  Holder holder;
+  auto* a = new TestBlock("a", 3, &journal);
+  auto* old = new TestBlock("old", 3, &journal);
+  auto* mid = new TestBlock("mid", 3, &journal);
+  auto* leaf = new TestBlock("leaf", 3, &journal);
+  holder.Hold(a);
+  ASSERT_TRUE(a->MakeDependencyByID(1, old).IsOk());
+  ASSERT_TRUE(old->MakeDependencyByID(0, mid).IsOk());
+  ASSERT_TRUE(mid->MakeDependencyByID(2, leaf).IsOk());
+  RecordingListener old_listener("old", &journal);
+  RecordingListener mid_listener("mid", &journal);
+  RecordingListener leaf_listener("leaf", &journal);
+  old->AddBlockListener(&old_listener);
+  mid->AddBlockListener(&mid_listener);
+  leaf->AddBlockListener(&leaf_listener);
+
+  ASSERT_TRUE(a->MakeDependencyByID(1, new TestBlock("new", 3, &journal)).IsOk());
+  EXPECT_THAT(journal.entries,
+              ElementsAre("hear old 1/0 from old", "hear mid 1/0 from mid",
+                          "hear leaf 1/0 from leaf", "delete leaf", "hear mid 2/2 from mid",
+                          "delete mid", "hear old 2/0 from old", "delete old"));
+}
+
+TEST_F(BlockTest, RefusedCycleLeavesTheSlotItsOldBlockAndTheListenersAlone) {
+  Holder holder;
+  auto* a = new TestBlock("a", 3, &journal);
+  auto* k = new TestBlock("k", 3, &journal);
+  auto* kept = new TestBlock("kept", 3, &journal);
+  holder.Hold(a);
+  ASSERT_TRUE(a->MakeDependencyByID(0, k).IsOk());
+  ASSERT_TRUE(k->MakeDependencyByID(1, kept).IsOk());
+  RecordingListener k_listener("k", &journal);
+  k->AddBlockListener(&k_listener);
+
+  const Status status = k->MakeDependencyByID(1, a);
+  EXPECT_EQ(status.GetCode(), 3);
+  EXPECT_EQ(status.GetMessage(), kCyclic);
+  EXPECT_EQ(k->GetDependency(1), kept);
+  EXPECT_THAT(DependantsOf(kept), ElementsAre(k));
+  EXPECT_THAT(DependantsOf(a), ElementsAre(holder.Root()));
+  EXPECT_TRUE(journal.entries.empty());
+  k->RemoveBlockListener(&k_listener);
+}
+
+TEST_F(BlockTest, EraseDependantFromTableOfTheLastDependantReleasesAndReportsIt) {
+  TestBlock dependant("dependant", 1);
+  auto* block = new TestBlock("block", 3, &journal);
+  auto* below = new TestBlock("below", 3, &journal);
+  ASSERT_TRUE(block->MakeDependencyByID(2, below).IsOk());
+  ASSERT_TRUE(block->MakeDependant(0, &dependant));
+  RecordingListener listener("block", &journal);
+  block->AddBlockListener(&listener);
+  EXPECT_TRUE(block->EraseDependantFromTable(&dependant));
+  EXPECT_THAT(journal.entries, ElementsAre("hear block 1/0 from block", "delete below",
+                                           "hear block 2/2 from block", "delete block"));
+}
+
+TEST_F(BlockTest, BlockHeldThroughARawStoreAloneIsReleasedWithItsHolder) {
+  // Nothing lists the holder as a dependant of `raw`, so when the holder lets go the list is
+  // already empty, and that is the last dependant gone: `raw` is released.
+  TestBlock holder_block("holder", 1);
+  auto* raw = new TestBlock("raw", 3, &journal);
+  holder_block.SetDependency(0, raw);
+  RecordingListener listener("raw", &journal);
+  raw->AddBlockListener(&listener);
+  holder_block.DeleteDependency(0);
+  EXPECT_THAT(journal.entries, ElementsAre("hear raw 1/0 from raw", "delete raw"));
+  EXPECT_EQ(holder_block.GetDependency(0), nullptr);
+}
+
 TEST_F(BlockTest, SettingTheSameBlockTwiceLeavesTwoBackReferences) {
   Holder holder;
   auto* a = new TestBlock("a", 3, &journal);
@@ -294,6 +425,38 @@ TEST_F(BlockTest, DeleteAllDependenciesReleasesEverySlot) {
   EXPECT_THAT(journal.entries, ElementsAre("delete x", "delete y"));
 }
 
+// A listener that appends one more entry to a table the first time it hears it.
+class AppendingListener : public BlockListener {
+ public:
+  AppendingListener(BlockTable* table, Block* extra) : m_table(table), m_extra(extra) {}
+  void OnBlockEvent(BlockEvent) override {
+    if (m_extra == nullptr) return;
+    Block* extra = m_extra;
+    m_extra = nullptr;
+    m_table->PushBack(extra);
+  }
+
+ private:
+  BlockTable* m_table;
+  Block* m_extra;
+};
+
+TEST_F(BlockTest, DeleteAllDependenciesReadsTheSlotCountAgainAfterEveryStep) {
+  // The first emptied slot makes a listener append an entry; it is released too.
+  Holder holder;
+  auto* table = new BlockTable(true);
+  holder.Hold(table);
+  table->PushBack(new TestBlock("a", 3, &journal));
+  AppendingListener appender(table, new TestBlock("appended", 3, &journal));
+  table->AddBlockListener(&appender);
+  table->DeleteAllDependencies();
+  EXPECT_THAT(journal.entries, ElementsAre("delete a", "delete appended"));
+  EXPECT_EQ(table->GetNumBlocks(), 2u);
+  EXPECT_EQ(table->GetBlock(0), nullptr);
+  EXPECT_EQ(table->GetBlock(1), nullptr);
+  table->RemoveBlockListener(&appender);
+}
+
 TEST_F(BlockTest, ReplaceDependencyOfAnAbsentBlockReturnsFalse) {
   Holder holder;
   auto* a = new TestBlock("a");
@@ -348,10 +511,10 @@ TEST_F(BlockTest, DeleteThisBlockWithoutDeletingDetachesInBothDirections) {
   block->DeleteThisBlock(false);
   // Emptying the block's own slot posts code 2 through it to the parent, still attached then
   // (twice: the parent links it twice); the detaching itself posts nothing.
-  EXPECT_THAT(journal.entries,
-              ElementsAre("delete child", "process parent 2/1",
-                          "hear parent-listener 2/1 from parent", "process parent 2/1",
-                          "hear parent-listener 2/1 from parent"));
+  EXPECT_THAT(
+      journal.entries,
+      ElementsAre("delete child", "process parent 2/1", "hear parent-listener 2/1 from parent",
+                  "process parent 2/1", "hear parent-listener 2/1 from parent"));
   EXPECT_TRUE(DependantsOf(block).empty());
   for (int i = 0; i < block->NumDependencies(); ++i) EXPECT_EQ(block->GetDependency(i), nullptr);
   EXPECT_EQ(parent->GetDependency(0), nullptr);
@@ -432,6 +595,33 @@ TEST_F(BlockTest, CopyStartsWithTheSameRelations) {
   dependant.SetDependency(0, nullptr);
 }
 
+TEST_F(BlockTest, CopyAssignmentCopiesEveryField) {
+  TestBlock source("source");
+  TestBlock dependant("dependant");
+  RecordingListener listener;
+  ASSERT_TRUE(dependant.MakeDependencyByID(0, &source).IsOk());
+  source.AddBlockListener(&listener);
+  int host_value = 0;
+  source.SetData(&host_value);
+  source.SetID(4);
+  source.SetSaved(1);
+  source.SetSendEvents(false);
+
+  TestBlock target("target");
+  static_cast<Block&>(target) = source;
+  EXPECT_EQ(target.GetData(), &host_value);
+  EXPECT_THAT(DependantsOf(&target), ElementsAre(&dependant));
+  EXPECT_EQ(target.GetID(), 4u);
+  EXPECT_EQ(target.GetSaved(), 1);
+  EXPECT_FALSE(target.GetSendEvents());
+  target.SetSendEvents(true);
+  target.PostEvent(3, 0);
+  EXPECT_EQ(listener.events.size(), 1u);
+  source.RemoveBlockListener(&listener);
+  target.RemoveBlockListener(&listener);
+  dependant.SetDependency(0, nullptr);
+}
+
 TEST_F(BlockTest, BlockThatHoldsItselfInARawSlotIsReleasedOnce) {
   auto* block = new TestBlock("self", 2, &journal);
   block->SetDependency(1, block);
@@ -450,6 +640,45 @@ TEST_F(BlockTest, ReleaseCascadeSkipsABlockAlreadyBeingReleased) {
   b->SetDependency(0, a);
   holder.Root()->DeleteDependency(0);
   EXPECT_THAT(journal.entries, ElementsAre("delete b", "delete a"));
+}
+
+TEST_F(BlockTest, BlockHoldingItselfInARawSlotSurvivesALinkIntoThatSlot) {
+  // Replacing the raw self entry must not release the block that is doing the replacing.
+  auto* block = new TestBlock("self", 2, &journal);
+  auto* other = new TestBlock("other", 2, &journal);
+  block->SetDependency(0, block);
+  ASSERT_TRUE(block->MakeDependencyByID(0, other).IsOk());
+  EXPECT_TRUE(journal.entries.empty());
+  EXPECT_EQ(block->GetDependency(0), other);
+  EXPECT_THAT(DependantsOf(other), ElementsAre(block));
+  block->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete other", "delete self"));
+}
+
+TEST_F(BlockTest, ReleaseThatReachesTheReleasingBlockThroughARawSlotLeavesItAlive) {
+  // root -> table, and table holds root in a raw slot (as a refused PushBack leaves it).
+  // Releasing the table reaches root again, which has no dependants but is still running.
+  auto* root = new TestBlock("root", 1, &journal);
+  auto* table = new TestBlock("table", 1, &journal);
+  ASSERT_TRUE(root->MakeDependencyByID(0, table).IsOk());
+  table->SetDependency(0, root);
+  root->DeleteDependency(0);
+  EXPECT_THAT(journal.entries, ElementsAre("delete table"));
+  EXPECT_EQ(root->GetDependency(0), nullptr);
+  root->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete table", "delete root"));
+}
+
+TEST_F(BlockTest, DeleteThisBlockOfABlockReachedBackThroughARawSlotDeletesItOnce) {
+  // owner -> block, and block holds owner in a raw slot. block lets go of owner, whose only
+  // dependant it was: owner is released, reaches block again and drops its back reference,
+  // but block (whose DeleteThisBlock is running) is deleted only once.
+  auto* owner = new TestBlock("owner", 1, &journal);
+  auto* block = new TestBlock("block", 1, &journal);
+  ASSERT_TRUE(owner->MakeDependencyByID(0, block).IsOk());
+  block->SetDependency(0, owner);
+  block->DeleteThisBlock(true);
+  EXPECT_THAT(journal.entries, ElementsAre("delete owner", "delete block"));
 }
 
 // ---- The block's scene-file record ----
@@ -535,6 +764,22 @@ TEST_F(BlockTest, LoadBlockDependenciesWithNoChunkLeavesTheReaderAlone) {
   BlockLoadData record;
   EXPECT_EQ(block.LoadBlockDependencies(&load, &record), 0);
   EXPECT_EQ(load.Depth(), 0);
+  EXPECT_FALSE(load.HasError());
+}
+
+TEST_F(BlockTest, LoadBlockDependenciesAtTheEndOfAChunkLeavesThatChunkOpen) {
+  // | id 0x0015 | length 0 |: the enclosing record has no child left.
+  SceneSave save;
+  save.BeginChunk(0x0015);
+  save.EndChunk();
+  SceneLoad load(save.TakeBytes());
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  TestBlock block("block");
+  BlockLoadData record;
+  record.dependency_ids = {4};
+  EXPECT_EQ(block.LoadBlockDependencies(&load, &record), 0);
+  EXPECT_EQ(load.Depth(), 1);
+  EXPECT_THAT(record.dependency_ids, ElementsAre(4));
   EXPECT_FALSE(load.HasError());
 }
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -41,6 +44,40 @@ TEST_F(BlockFactoryRegistryTest, FactoryDifferingOnlyInClassIdIsRefusedAndStaysT
   SceneEngine::AddBlockFactory(&refused);  // not stored, not deleted
   EXPECT_EQ(SceneEngine::GetNumBlockFactories(), 1u);
   EXPECT_EQ(SceneEngine::GetBlockFactory(0)->GetName(), "registered");
+}
+
+TEST_F(BlockFactoryRegistryTest, NewFactoryIsComparedWithEveryRegisteredOne) {
+  SceneEngine::AddBlockFactory(new TestBlockFactory(BlockType(900, 1, 1), "first"));
+  SceneEngine::AddBlockFactory(new TestBlockFactory(BlockType(900, 1, 2), "second"));
+  SceneEngine::AddBlockFactory(new TestBlockFactory(BlockType(900, 2, 1), "third"));
+  TestBlockFactory same_as_third(BlockType(7, 2, 1), "same as third");
+  SceneEngine::AddBlockFactory(&same_as_third);
+  // Equal in only one of the two compared numbers is a different type.
+  SceneEngine::AddBlockFactory(new TestBlockFactory(BlockType(900, 2, 2), "fourth"));
+  ASSERT_EQ(SceneEngine::GetNumBlockFactories(), 4u);
+  EXPECT_EQ(SceneEngine::GetBlockFactory(2)->GetName(), "third");
+  EXPECT_EQ(SceneEngine::GetBlockFactory(3)->GetName(), "fourth");
+}
+
+// A factory that notes its destruction, as a host factory with state of its own might.
+class NotingFactory : public TestBlockFactory {
+ public:
+  NotingFactory(BlockType type, std::string name, std::vector<std::string>* log)
+      : TestBlockFactory(type, name), m_log(log) {}
+  ~NotingFactory() override { m_log->push_back(GetName()); }
+
+ private:
+  std::vector<std::string>* m_log;
+};
+
+TEST_F(BlockFactoryRegistryTest, DestroyFactoriesDestroysEachFactoryInRegistrationOrder) {
+  std::vector<std::string> destroyed;
+  SceneEngine::AddBlockFactory(new NotingFactory(BlockType(900, 1, 3), "c", &destroyed));
+  SceneEngine::AddBlockFactory(new NotingFactory(BlockType(900, 1, 1), "a", &destroyed));
+  SceneEngine::AddBlockFactory(new NotingFactory(BlockType(900, 1, 2), "b", &destroyed));
+  SceneEngine::DestroyFactories();
+  EXPECT_EQ(destroyed, (std::vector<std::string>{"c", "a", "b"}));
+  EXPECT_EQ(SceneEngine::GetNumBlockFactories(), 0u);
 }
 
 TEST_F(BlockFactoryRegistryTest, NullFactoryIsIgnored) {

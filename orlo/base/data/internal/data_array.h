@@ -53,8 +53,10 @@ class DataArray : public Data {
   void SetSize(int size) override {
     m_values.resize(size > 0 ? static_cast<std::size_t>(size) : 0, m_default);
   }
+  // Requires: 0 <= index < GetSize(); a release build ignores an index outside the elements.
   void Erase(int index) override {
     assert(index >= 0 && index < GetSize());
+    if (index < 0 || index >= GetSize()) return;
     m_values.erase(m_values.begin() + index);
   }
   void GetTimeInterval(TimeInterval& interval) const override { interval = interval & m_validity; }
@@ -98,14 +100,19 @@ class DataArray : public Data {
   DataArray(const DataArray&) = default;
   DataArray& operator=(const DataArray&) = default;
 
+  // Requires: 0 <= index < GetSize(). A release build answers the default value instead of
+  // reading outside the elements.
   T At(int index) const {
     assert(index >= 0 && index < GetSize());
+    if (index < 0 || index >= GetSize()) return m_default;
     return m_values[static_cast<std::size_t>(index)];
   }
 
   // Stores one element, then tells the listeners and the table which element changed.
+  // Requires: 0 <= index < GetSize(). A release build stores nothing outside the elements.
   void Store(int index, T value) {
     assert(index >= 0 && index < GetSize());
+    if (index < 0 || index >= GetSize()) return;
     m_values[static_cast<std::size_t>(index)] = std::move(value);
     PostEvent(BlockEvent(this, 3, index));
   }
