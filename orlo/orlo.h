@@ -32,8 +32,12 @@
 #include <orlo/base/data/data_string.h>
 #include <orlo/base/data/data_table.h>
 
+#include <orlo/base/controllers/bezier_controller.h>
 #include <orlo/base/controllers/controller.h>
 #include <orlo/base/controllers/float_controller.h>
+#include <orlo/base/controllers/matrix3_controller.h>
+#include <orlo/base/controllers/point3_controller.h>
+#include <orlo/base/controllers/transform3_controller.h>
 
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/block_load_data.h>
