@@ -683,6 +683,65 @@ TEST(Transform3ControllerTest, CloneFillsTheSourceTableBeforeCopyingIt) {
   for (int slot = 1; slot <= 4; ++slot) EXPECT_EQ(clone->GetDependency(slot), nullptr) << slot;
 }
 
+// A block that is not a parameter table for the engine, counting its live instances so that
+// a test can tell whether a copy that nobody took was released.
+class CountedImpostorTable : public NotATable {
+ public:
+  CountedImpostorTable() { ++s_live; }
+  ~CountedImpostorTable() override { --s_live; }
+  static int s_live;
+};
+int CountedImpostorTable::s_live = 0;
+
+class CountedScalar : public BezierController {
+ public:
+  CountedScalar() { ++s_live; }
+  ~CountedScalar() override { --s_live; }
+  void DeleteThis() override { delete this; }
+  static int s_live;
+};
+int CountedScalar::s_live = 0;
+
+// Host tables whose copies come out as blocks that a controller cannot take as its table.
+class TableCopiedAsImpostor : public DataTable {
+ public:
+  TableCopiedAsImpostor() : DataTable(true) {}
+  Block* Clone() override { return new CountedImpostorTable(); }
+  void DeleteThis() override { delete this; }
+};
+
+class TableCopiedAsScalar : public DataTable {
+ public:
+  TableCopiedAsScalar() : DataTable(true) {}
+  Block* Clone() override { return new CountedScalar(); }
+  void DeleteThis() override { delete this; }
+};
+
+TEST(Transform3ControllerTest, CloneReleasesATableCopyThatIsNotATable) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  ASSERT_TRUE(controller->SetDataTable(new TableCopiedAsImpostor()).IsOk());
+  const int live_before = CountedImpostorTable::s_live;
+  {
+    ScopedBlock<Block> clone(controller->Clone());
+    EXPECT_EQ(clone->GetDependency(0), nullptr);
+    EXPECT_EQ(clone->GetDataTable(), nullptr);
+    EXPECT_NE(clone->GetDependency(1), nullptr);
+  }
+  EXPECT_EQ(CountedImpostorTable::s_live, live_before);
+}
+
+TEST(Transform3ControllerTest, CloneReleasesATableCopyOfAnotherClass) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  ASSERT_TRUE(controller->SetDataTable(new TableCopiedAsScalar()).IsOk());
+  const int live_before = CountedScalar::s_live;
+  {
+    ScopedBlock<Block> clone(controller->Clone());
+    EXPECT_EQ(clone->GetDependency(0), nullptr);
+    EXPECT_EQ(clone->GetDataTable(), nullptr);
+  }
+  EXPECT_EQ(CountedScalar::s_live, live_before);
+}
+
 TEST(Transform3ControllerTest, CloneSkipsMissingSubBlocks) {
   ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
   controller->DeleteDependency(4);
