@@ -158,8 +158,13 @@ Block* Transform3Controller::Clone() {
   }
   if (m_data_table != nullptr) {
     UpdateDataTable(false);
-    // The clone of a table is a table, which SetDataTable accepts.
-    (void)clone->SetDataTable(dynamic_cast<DataTable*>(GetDataTable()->Clone()));
+    Block* table_copy = GetDataTable()->Clone();
+    if (auto* table = dynamic_cast<DataTable*>(table_copy)) (void)clone->SetDataTable(table);
+    // A host table whose copy is not a parameter table: the clone refuses it, and nothing
+    // else would ever release it.
+    if (table_copy != nullptr && clone->GetDependency(kDataTableSlot) != table_copy) {
+      table_copy->DeleteThisBlock(true);
+    }
     clone->UpdateDataTable(false);
   }
   return clone;

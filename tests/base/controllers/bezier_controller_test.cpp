@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <ostream>
 #include <stdexcept>
 #include <vector>
@@ -275,6 +276,27 @@ TEST(BezierControllerTest, ChangeEventIsForwardedByTheDependantWithItselfAsSende
   owner->RemoveBlockListener(&recorder);
 }
 
+TEST(BezierControllerTest, ProcessEventPostsTheEventOnWithTheControllerAsSender) {
+  ScopedBlock<Point3Controller> owner(new Point3Controller(true));
+  auto* x = dynamic_cast<BezierController*>(owner->GetDependency(0));
+  ASSERT_NE(x, nullptr);
+  RecordingListener own;
+  RecordingListener above;
+  x->AddBlockListener(&own);
+  owner->AddBlockListener(&above);
+  x->ProcessEvent(BlockEvent(nullptr, 42, 7));
+  ASSERT_EQ(own.events.size(), 1u);
+  EXPECT_EQ(own.events[0].block, x);
+  EXPECT_EQ(own.events[0].code, 42);
+  EXPECT_EQ(own.events[0].param, 7);
+  ASSERT_EQ(above.events.size(), 1u);
+  EXPECT_EQ(above.events[0].block, owner.get());
+  EXPECT_EQ(above.events[0].code, 42);
+  EXPECT_EQ(above.events[0].param, 7);
+  x->RemoveBlockListener(&own);
+  owner->RemoveBlockListener(&above);
+}
+
 TEST(BezierControllerTest, MutedControllerPostsNothing) {
   ScopedBlock<BezierController> controller(new BezierController(1.0, true));
   RecordingListener recorder;
@@ -300,6 +322,28 @@ TEST(BezierControllerTest, SetKeyOnAnEmptyControllerMakesTheTwoKeysAndStops) {
   ScopedBlock<BezierController> controller(new BezierController(1.0, true));
   controller->SetKey({10, 2.0});
   EXPECT_EQ(controller->GetKeys(), (Keys{{0, 1.0}, {10, 2.0}}));
+}
+
+TEST(BezierControllerTest, SetKeyAtANegativeTimeOnAnEmptyControllerMakesOnlyTheTwoKeys) {
+  // Visiting the new list once more would insert (-5, 2.0) again before the key at time 0.
+  ScopedBlock<BezierController> controller(new BezierController(1.0, true));
+  controller->SetKey({-5, 2.0});
+  EXPECT_EQ(controller->GetKeys(), (Keys{{0, 1.0}, {-5, 2.0}}));
+}
+
+TEST(BezierControllerTest, SettersStopAtTheFirstKeyThatIsEqualOrLater) {
+  // Keys (0, 1.0), (-5, 2.0) are out of order: at time -5 the key at time 0 is met first and
+  // is later, so the new key goes in before it and the equal key further on is left alone.
+  ScopedBlock<BezierController> by_float(new BezierController(1.0, true));
+  by_float->SetFloat(-5, 2.0);
+  by_float->SetFloat(-5, 9.0);
+  EXPECT_EQ(by_float->GetKeys(), (Keys{{-5, 9.0}, {0, 1.0}, {-5, 2.0}}));
+  EXPECT_EQ(by_float->GetFloat(-5), 9.0);
+
+  ScopedBlock<BezierController> by_key(new BezierController(1.0, true));
+  by_key->SetKey({-5, 2.0});
+  by_key->SetKey({-5, 9.0});
+  EXPECT_EQ(by_key->GetKeys(), (Keys{{-5, 9.0}, {0, 1.0}, {-5, 2.0}}));
 }
 
 TEST(BezierControllerTest, SetKeyReplacesInsertsAndAppendsInTimeOrder) {
@@ -451,6 +495,7 @@ TEST(BezierControllerTest, LoadKeepsKeysInFileOrderAndSkipsUnknownChunks) {
   EXPECT_EQ(controller->GetDefaultValue(), 6.5);
   // Of two keys at one time the first in the list gives the value.
   EXPECT_EQ(controller->GetFloat(5), 2.0);
+  EXPECT_EQ(controller->GetKey(5u), 2.0);
 }
 
 TEST(BezierControllerTest, LoadedCountTruncatesOrExtendsTheKeysWithZeroKeys) {
@@ -476,6 +521,18 @@ TEST(BezierControllerTest, LoadedCountTruncatesOrExtendsTheKeysWithZeroKeys) {
     EXPECT_FALSE(load.HasError());
     EXPECT_EQ(controller->GetKeys(), (Keys{{3, 3.0}, {0, 0.0}}));
   }
+}
+
+TEST(BezierControllerTest, LoadedCountOfZeroEmptiesTheKeys) {
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  controller->SetKey({0, 1.0});
+  controller->SetKey({10, 2.0});
+  ByteWriter file;
+  file.Header(0x0010, 4).Int32(0);
+  SceneLoad load(file.bytes());
+  EXPECT_EQ(controller->Load(&load), 1);
+  EXPECT_TRUE(controller->GetKeys().empty());
+  EXPECT_EQ(controller->GetDefaultValue(), 0.0);
 }
 
 TEST(BezierControllerTest, NonKeyChunkAmongTheKeysIsClosedAndTheReaderStaysInStep) {
@@ -575,11 +632,14 @@ TEST(BezierControllerTest, ExactlyFittingKeyCountIsAccepted) {
 
 TEST(BezierControllerTest, NegativeKeyCountThrowsTheLengthError) {
   // Kept as is: the count is widened with its sign and the resize refuses the size.
-  ByteWriter file;
-  file.Header(0x0010, 4).Int32(-1);
-  SceneLoad load(file.bytes());
-  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
-  EXPECT_THROW(controller->Load(&load), std::length_error);
+  for (std::int32_t count : {-1, -2, std::numeric_limits<std::int32_t>::min()}) {
+    SCOPED_TRACE(count);
+    ByteWriter file;
+    file.Header(0x0010, 4).Int32(count);
+    SceneLoad load(file.bytes());
+    ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+    EXPECT_THROW(controller->Load(&load), std::length_error);
+  }
 }
 
 TEST(BezierControllerTest, LoadReportsFailureWhenTheFramingIsCorrupt) {

@@ -39,6 +39,14 @@ TEST(Point3ControllerTest, ReportsItsNameTypeAndControllerType) {
   EXPECT_EQ(controller->PostLoad(), 0);
 }
 
+TEST(Point3ControllerTest, SetDataTableIsRefusedAsForAnyBlockWithoutTable) {
+  ScopedBlock<Point3Controller> controller(new Point3Controller(true));
+  const Status status = controller->SetDataTable(nullptr);
+  EXPECT_EQ(status.GetCode(), 1);
+  EXPECT_EQ(status.GetMessage(), "This Block has no DataTables.");
+  for (int i = 0; i < 3; ++i) EXPECT_NE(controller->GetDependency(i), nullptr) << i;
+}
+
 TEST(Point3ControllerTest, HasThreeNamedControllerSlots) {
   ScopedBlock<Point3Controller> controller(new Point3Controller(true));
   EXPECT_EQ(controller->NumDependencies(), 3);
@@ -200,6 +208,20 @@ TEST(Point3ControllerTest, SetPoint3WithSubcontrollersForwardsOneEventPerCompone
     EXPECT_EQ(event.param, 0);
   }
   controller->RemoveBlockListener(&recorder);
+}
+
+TEST(Point3ControllerTest, SetPoint3SetsXThenYThenZ) {
+  ScopedBlock<Point3Controller> controller(new Point3Controller(true));
+  RecordingListener recorder;
+  for (int i = 0; i < 3; ++i) SubController(controller.get(), i)->AddBlockListener(&recorder);
+  controller->SetPoint3(5, Point3<double>(1, 2, 3));
+  ASSERT_EQ(recorder.events.size(), 3u);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(recorder.events[static_cast<std::size_t>(i)].block,
+              SubController(controller.get(), i))
+        << i;
+  }
+  for (int i = 0; i < 3; ++i) SubController(controller.get(), i)->RemoveBlockListener(&recorder);
 }
 
 // ---- Clone ----

@@ -1,6 +1,7 @@
 #include <orlo/base/controllers/transform3_controller.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -295,6 +296,22 @@ TEST(Transform3ControllerTest, SetDataTableLinksATableOrEmptiesTheSlot) {
   EXPECT_EQ(table->GetParentBlock(), controller.get());
 }
 
+TEST(Transform3ControllerTest, SetDataTableReportsSuccessWhenTheLinkIsRefused) {
+  // A table that depends on the controller would close a cycle: the link is refused, the
+  // slot keeps its table, and the caller still gets a success status.
+  auto* controller = new Transform3Controller(true);
+  DataTable* before = controller->GetDataTable();
+  auto* table = new DataTable(true);
+  ASSERT_TRUE(table->AddDataInt(0, 0, 1));
+  ASSERT_TRUE(table->MakeDependencyByID(0, controller).IsOk());
+  const Status status = controller->SetDataTable(table);
+  EXPECT_TRUE(status.IsOk());
+  EXPECT_EQ(status.GetMessage(), "");
+  EXPECT_EQ(controller->GetDataTable(), before);
+  // Releasing the table releases the controller it alone keeps alive.
+  table->DeleteThisBlock(true);
+}
+
 // ---- GetMatrix3 ----
 
 TEST(Transform3ControllerTest, NewControllerGivesTheIdentityAtTimeZero) {
@@ -341,6 +358,73 @@ TEST(Transform3ControllerTest, MatrixIsScaleThenRotationThenTranslation) {
     EXPECT_NEAR(m.m[2][c], 0.5 * r.m[2][c], 1e-15);
   }
   EXPECT_EQ(m.GetRow(3), position);
+}
+
+TEST(Transform3ControllerTest, RotationIsInRadiansAboutXThenYThenZ) {
+  // About x by pi/2, then about z by pi/2, for row vectors: x goes to y, y to z and z to x.
+  // The other order (z first) would send x to z.
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  controller->SetRotation(Point3<double>(kPi / 2, 0, kPi / 2), 0);
+  ExpectMatrixNear(controller->GetMatrix3(0), Rows({0, 1, 0}, {0, 0, 1}, {1, 0, 0}, {0, 0, 0}),
+                   1e-15);
+  // About y alone by pi/2: x goes to -z.
+  controller->SetRotation(Point3<double>(0, kPi / 2, 0), 0);
+  ExpectMatrixNear(controller->GetMatrix3(0), Rows({0, 0, -1}, {0, 1, 0}, {1, 0, 0}, {0, 0, 0}),
+                   1e-15);
+}
+
+TEST(Transform3ControllerTest, ScaleAppliesBeforeRotationAndTranslationLast) {
+  // Scale x by 2, then turn a quarter about z, then move: the x axis becomes (0, 2, 0).
+  // Rotating first would give (0, 1, 0) for it and scale the turned y axis instead.
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  controller->SetScale(Point3<double>(2, 1, 1), 0);
+  controller->SetRotation(Point3<double>(0, 0, kPi / 2), 0);
+  controller->SetPosition(Point3<double>(1, 2, 3), 0);
+  ExpectMatrixNear(controller->GetMatrix3(0), Rows({0, 2, 0}, {-1, 0, 0}, {0, 0, 1}, {1, 2, 3}),
+                   1e-15);
+}
+
+TEST(Transform3ControllerTest, OnlyAScaleOfExactlyOneIsSkipped) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  const double above_one = std::nextafter(1.0, 2.0);
+  controller->SetScale(Point3<double>(1, 1, above_one), 0);
+  const Matrix3<double> m = controller->GetMatrix3(0);
+  EXPECT_EQ(m.m[2][2], above_one);
+  ExpectMatrixEq(m, Rows({1, 0, 0}, {0, 1, 0}, {0, 0, above_one}, {0, 0, 0}));
+}
+
+TEST(Transform3ControllerTest, ScaleEntriesOffTheDiagonalAreProductsWithZero) {
+  // Each linear row of the scale matrix is the identity row times the factors, so an infinite
+  // x factor puts 0 * inf = NaN in column x of the other rows, and from there into every
+  // linear entry of the result; a scale matrix with plain zeros would keep rows 1 and 2.
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  controller->SetScale(Point3<double>(std::numeric_limits<double>::infinity(), 1, 1), 0);
+  const Matrix3<double> m = controller->GetMatrix3(0);
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c) EXPECT_TRUE(std::isnan(m.m[r][c])) << r << "," << c;
+  }
+  EXPECT_EQ(m.GetRow(3), Point3<double>(0, 0, 0));
+}
+
+TEST(Transform3ControllerTest, MatrixIgnoresTheParameterTableAndTheStoredMatrix) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  controller->SetPosition(Point3<double>(1, 2, 3), 0);
+  controller->SetRotation(Point3<double>(0.3, 0.2, 0.1), 0);
+  controller->SetScale(Point3<double>(2, 3, 4), 0);
+  const Matrix3<double> before = controller->GetMatrix3(0);
+  DataTable* table = controller->GetDataTable();
+  ASSERT_TRUE(table->SetValue(0, 5, 0, 0).IsOk());                           // rotation order
+  ASSERT_TRUE(table->SetValue(1, Point3<double>(7, 8, 9), 0, 0).IsOk());     // rotation pivot
+  ASSERT_TRUE(table->SetValue(2, Point3<double>(-7, -8, -9), 0, 0).IsOk());  // scale pivot
+  for (int use : {3, 6, 9, 12, 15, 18, 21, 24, 27}) {
+    ASSERT_TRUE(table->SetValue(use, true, 0, 0).IsOk());
+    ASSERT_TRUE(table->SetValue(use + 1, 0.5, 0, 0).IsOk());
+    ASSERT_TRUE(table->SetValue(use + 2, 0.5, 0, 0).IsOk());
+  }
+  controller->SetStoredMatrix(Rows({0, 0, 0}, {0, 0, 0}, {0, 0, 0}, {9, 9, 9}));
+  ExpectMatrixEq(controller->GetMatrix3(0), before);
+  EXPECT_EQ(controller->GetPosition(0), Point3<double>(1, 2, 3));
+  EXPECT_EQ(controller->GetScale(0), Point3<double>(2, 3, 4));
 }
 
 TEST(Transform3ControllerTest, NegativeScaleMirrorsItsAxis) {
@@ -420,6 +504,8 @@ TEST(Transform3ControllerTest, SetMatrix3TakesTheAnglesFromTheUnnormalisedRows) 
   double z = 0;
   (void)m.ToEulerAnglesXYZ(x, y, z);
   EXPECT_EQ(controller->GetRotation(0), Point3<double>(x, y, z));
+  // Rows 1 and 2 are scaled unevenly, so the x angle is not the one the matrix was built with.
+  EXPECT_GT(std::fabs(controller->GetRotation(0).x - angles.x), 1e-3);
   AffinePartsD parts;
   DecomposeAffine(m, &parts);
   EXPECT_EQ(controller->GetScale(0), parts.stretch);
@@ -441,6 +527,55 @@ TEST(Transform3ControllerTest, SetMatrix3PostsTheSubcontrollerEventsThenCodeZero
   EXPECT_EQ(recorder.events[9].code, 0);
   EXPECT_EQ(recorder.events[9].param, 0);
   controller->RemoveBlockListener(&recorder);
+}
+
+TEST(Transform3ControllerTest, SetMatrix3SetsPositionThenRotationThenScaleThenPostsCodeZero) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  Point3Controller* parts[3] = {Point3At(controller.get(), 1), Point3At(controller.get(), 2),
+                                Point3At(controller.get(), 3)};
+  RecordingListener recorder;
+  for (Point3Controller* part : parts) part->AddBlockListener(&recorder);
+  controller->AddBlockListener(&recorder);
+  controller->SetMatrix3(Rows({2, 0, 0}, {0, 3, 0}, {0, 0, 4}, {5, 6, 7}), 10);
+  // Each scalar change is heard on its Point3Controller, then on the transform above it.
+  ASSERT_EQ(recorder.events.size(), 19u);
+  for (std::size_t i = 0; i < 18; i += 2) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(recorder.events[i].block, parts[i / 6]);
+    EXPECT_EQ(recorder.events[i].code, 3);
+    EXPECT_EQ(recorder.events[i + 1].block, controller.get());
+    EXPECT_EQ(recorder.events[i + 1].code, 3);
+  }
+  EXPECT_EQ(recorder.events[18].block, controller.get());
+  EXPECT_EQ(recorder.events[18].code, 0);
+  EXPECT_EQ(recorder.events[18].param, 0);
+  for (Point3Controller* part : parts) part->RemoveBlockListener(&recorder);
+  controller->RemoveBlockListener(&recorder);
+}
+
+TEST(Transform3ControllerTest, SetMatrix3WithoutARotationControllerSetsTheOthers) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  controller->DeleteDependency(2);
+  RecordingListener recorder;
+  controller->AddBlockListener(&recorder);
+  controller->SetMatrix3(Rows({2, 0, 0}, {0, 3, 0}, {0, 0, 4}, {5, 6, 7}), 10);
+  EXPECT_EQ(controller->GetPosition(10), Point3<double>(5, 6, 7));
+  ExpectPointNear(controller->GetScale(10), Point3<double>(2, 3, 4), 1e-12);
+  EXPECT_EQ(controller->GetRotation(10), Point3<double>(0, 0, 0));
+  ASSERT_EQ(recorder.events.size(), 7u);
+  EXPECT_EQ(recorder.events[6].code, 0);
+  controller->RemoveBlockListener(&recorder);
+}
+
+TEST(Transform3ControllerTest, SetMatrix3LeavesAControllerOfAnotherKindUntouched) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  auto* scalar = new BezierController(5.0, true);
+  ASSERT_TRUE(controller->MakeDependencyByID(1, scalar).IsOk());
+  controller->SetMatrix3(Rows({2, 0, 0}, {0, 3, 0}, {0, 0, 4}, {5, 6, 7}), 10);
+  EXPECT_EQ(controller->GetDependency(1), scalar);
+  EXPECT_EQ(scalar->GetDefaultValue(), 5.0);
+  EXPECT_TRUE(scalar->GetKeys().empty());
+  ExpectPointNear(controller->GetScale(10), Point3<double>(2, 3, 4), 1e-12);
 }
 
 TEST(Transform3ControllerTest, SetMatrix3LeavesTheShearAlone) {
@@ -534,6 +669,77 @@ TEST(Transform3ControllerTest, CloneCopiesTheMatrixAndClonesEverySubBlock) {
   // The clone is independent.
   clone->SetPosition(Point3<double>(0, 0, 0), 10);
   EXPECT_EQ(controller->GetPosition(10), Point3<double>(1, 2, 3));
+}
+
+TEST(Transform3ControllerTest, CloneFillsTheSourceTableBeforeCopyingIt) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(false));
+  ASSERT_TRUE(controller->SetDataTable(new DataTable(true)).IsOk());
+  ASSERT_EQ(controller->GetDataTable()->GetNumDatas(), 0);
+  ScopedBlock<Block> clone_owned(controller->Clone());
+  ExpectTheThirtyParameters(controller->GetDataTable());
+  auto* clone = dynamic_cast<Transform3Controller*>(clone_owned.get());
+  ASSERT_NE(clone, nullptr);
+  ExpectTheThirtyParameters(clone->GetDataTable());
+  for (int slot = 1; slot <= 4; ++slot) EXPECT_EQ(clone->GetDependency(slot), nullptr) << slot;
+}
+
+// A block that is not a parameter table for the engine, counting its live instances so that
+// a test can tell whether a copy that nobody took was released.
+class CountedImpostorTable : public NotATable {
+ public:
+  CountedImpostorTable() { ++s_live; }
+  ~CountedImpostorTable() override { --s_live; }
+  static int s_live;
+};
+int CountedImpostorTable::s_live = 0;
+
+class CountedScalar : public BezierController {
+ public:
+  CountedScalar() { ++s_live; }
+  ~CountedScalar() override { --s_live; }
+  void DeleteThis() override { delete this; }
+  static int s_live;
+};
+int CountedScalar::s_live = 0;
+
+// Host tables whose copies come out as blocks that a controller cannot take as its table.
+class TableCopiedAsImpostor : public DataTable {
+ public:
+  TableCopiedAsImpostor() : DataTable(true) {}
+  Block* Clone() override { return new CountedImpostorTable(); }
+  void DeleteThis() override { delete this; }
+};
+
+class TableCopiedAsScalar : public DataTable {
+ public:
+  TableCopiedAsScalar() : DataTable(true) {}
+  Block* Clone() override { return new CountedScalar(); }
+  void DeleteThis() override { delete this; }
+};
+
+TEST(Transform3ControllerTest, CloneReleasesATableCopyThatIsNotATable) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  ASSERT_TRUE(controller->SetDataTable(new TableCopiedAsImpostor()).IsOk());
+  const int live_before = CountedImpostorTable::s_live;
+  {
+    ScopedBlock<Block> clone(controller->Clone());
+    EXPECT_EQ(clone->GetDependency(0), nullptr);
+    EXPECT_EQ(clone->GetDataTable(), nullptr);
+    EXPECT_NE(clone->GetDependency(1), nullptr);
+  }
+  EXPECT_EQ(CountedImpostorTable::s_live, live_before);
+}
+
+TEST(Transform3ControllerTest, CloneReleasesATableCopyOfAnotherClass) {
+  ScopedBlock<Transform3Controller> controller(new Transform3Controller(true));
+  ASSERT_TRUE(controller->SetDataTable(new TableCopiedAsScalar()).IsOk());
+  const int live_before = CountedScalar::s_live;
+  {
+    ScopedBlock<Block> clone(controller->Clone());
+    EXPECT_EQ(clone->GetDependency(0), nullptr);
+    EXPECT_EQ(clone->GetDataTable(), nullptr);
+  }
+  EXPECT_EQ(CountedScalar::s_live, live_before);
 }
 
 TEST(Transform3ControllerTest, CloneSkipsMissingSubBlocks) {
