@@ -24,9 +24,10 @@ constexpr unsigned kKeyChunk = 0x0005;
 constexpr unsigned kKeyTimeChunk = 0x0010;
 constexpr unsigned kKeyValueChunk = 0x0015;
 
-// The smallest key chunk Save writes: the key chunk and its two sub-chunks, each with its
-// header, and 4 + 8 bytes of payload. A key count is checked against it before the list grows.
-constexpr std::uint64_t kKeyChunkBytes = 3 * internal::kChunkHeaderBytes + 4 + 8;
+// The smallest key chunk a file can hold: a bare header (a key chunk whose sub-chunks are
+// missing loads as the zeroed key). A key count is checked against it before the list grows,
+// so the list never takes more memory than a small multiple of the file's own bytes.
+constexpr std::uint64_t kSmallestKeyChunkBytes = internal::kChunkHeaderBytes;
 
 constexpr char kNoDependency[] = "no_dependency";
 
@@ -112,7 +113,7 @@ int BezierController::Load(SceneLoad* load) {
         std::int32_t count = 0;
         load->ReadInt32(count);
         if (count > 0 &&
-            static_cast<std::uint64_t>(count) > load->BytesLeftInChunk() / kKeyChunkBytes) {
+            static_cast<std::uint64_t>(count) > load->BytesLeftInChunk() / kSmallestKeyChunkBytes) {
           load->ReportCorruption("BezierController::Load : key count " + std::to_string(count) +
                                  " exceeds what its chunk can hold");
           load->CloseChunk();

@@ -595,9 +595,9 @@ TEST(BezierControllerTest, KeyLoadReportsACorruptKeyChunk) {
 }
 
 TEST(BezierControllerTest, KeyCountLargerThanItsChunkCanHoldIsCorruption) {
-  // | 0x0010 len 4+47 | count 1 | 47 zero bytes |: one full key needs 48 bytes.
+  // | 0x0010 len 4+11 | count 1 | 11 zero bytes |: even a bare key chunk needs 12 bytes.
   ByteWriter file;
-  file.Header(0x0010, 4 + 47).Int32(1).Zeros(47);
+  file.Header(0x0010, 4 + 11).Int32(1).Zeros(11);
   SceneLoad load(file.bytes());
   ScopedBlock<BezierController> controller(new BezierController(0.0, true));
   controller->SetKey({0, 1.0});
@@ -619,6 +619,17 @@ TEST(BezierControllerTest, HugeKeyCountAllocatesNothing) {
   EXPECT_EQ(controller->Load(&load), 0);
   EXPECT_TRUE(load.HasError());
   EXPECT_TRUE(controller->GetKeys().empty());
+}
+
+TEST(BezierControllerTest, BareKeyChunksLoadAsZeroedKeys) {
+  // | 0x0010 len 4+24 | count 2 | 0x0005 len 0 | 0x0005 len 0 |
+  ByteWriter file;
+  file.Header(0x0010, 4 + 24).Int32(2).Header(0x0005, 0).Header(0x0005, 0);
+  SceneLoad load(file.bytes());
+  ScopedBlock<BezierController> controller(new BezierController(0.0, true));
+  EXPECT_EQ(controller->Load(&load), 1);
+  EXPECT_FALSE(load.HasError());
+  EXPECT_EQ(controller->GetKeys(), (Keys{{0, 0.0}, {0, 0.0}}));
 }
 
 TEST(BezierControllerTest, ExactlyFittingKeyCountIsAccepted) {
