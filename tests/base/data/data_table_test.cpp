@@ -630,6 +630,26 @@ TEST(DataTableTest, SetControllerByIdRecordsTheIdAndLinksTheController) {
   EXPECT_EQ(TestController::live, 0);
 }
 
+TEST(DataTableTest, HooksAndTableOperationsOfATableDoNothing) {
+  DataTable* table = TableWithHoles();
+  RecordingListener listener;
+  table->AddBlockListener(&listener);
+  table->UpdateDataTable(true);
+  table->Update(10);
+  table->ActionBegin(1, 2);
+  table->ActionEnd(1, 2);
+  EXPECT_EQ(table->GetDataTable(), nullptr);
+  const Status status = table->SetDataTable(table);
+  EXPECT_EQ(status.GetCode(), 1);
+  EXPECT_EQ(status.GetMessage(), "This Block has no DataTables.");
+  EXPECT_EQ(table->NumDependencies(), 3);
+  EXPECT_EQ(table->GetIDToIndex(), (std::vector<int>{0, 1, -1, -1, -1, 2}));
+  EXPECT_EQ(table->GetString(5, 0, 0), "five");
+  EXPECT_TRUE(listener.events.empty());
+  table->RemoveBlockListener(&listener);
+  Release(table);
+}
+
 TEST(DataTableTest, GetTimeIntervalStartsFromForeverWhateverIsPassedIn) {
   DataTable* table = TableOfEveryKind();
   TimeInterval interval(5, 6);

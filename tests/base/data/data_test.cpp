@@ -591,6 +591,45 @@ TEST(DataTest, CloneCopiesClassIdDefaultSizeElementsAndNameButNotListeners) {
   }
 }
 
+TEST(DataTest, EverySetterStoresWhateverTheTime) {
+  for (int time : {-4800, 0, 160}) {
+    SCOPED_TRACE(time);
+    auto* data = new DataFloat(0, 0.0, 2);
+    data->SetValue(3.5, time, 1);
+    EXPECT_EQ(data->GetFloat(0, 1), 3.5);
+    data->SetValue(7, time, 0);
+    EXPECT_EQ(data->GetFloat(0, 0), 7.0);
+    auto* text = new DataString(0, "", 1);
+    text->SetValue(std::string("at any time"), time, 0);
+    EXPECT_EQ(text->GetString(0, 0), "at any time");
+    Release(text);
+    Release(data);
+  }
+}
+
+TEST(DataTest, HooksAndTableOperationsOfAValueDoNothing) {
+  for (const MemberRow& row : Members()) {
+    SCOPED_TRACE(row.class_name);
+    Data* data = row.make();
+    RecordingListener listener;
+    data->AddBlockListener(&listener);
+    const Natural before = ReadNatural(*data);
+    data->UpdateDataTable(true);
+    data->Update(10);
+    data->ActionBegin(1, 2);
+    data->ActionEnd(1, 2);
+    EXPECT_EQ(data->GetDataTable(), nullptr);
+    const Status status = data->SetDataTable(nullptr);
+    EXPECT_EQ(status.GetCode(), 1);
+    EXPECT_EQ(status.GetMessage(), "This Block has no DataTables.");
+    EXPECT_EQ(ReadNatural(*data), before);
+    EXPECT_EQ(data->GetSize(), 2);
+    EXPECT_TRUE(listener.events.empty());
+    data->RemoveBlockListener(&listener);
+    Release(data);
+  }
+}
+
 TEST(DataTest, ProcessEventStampsTheValueAndPostsTheEventOn) {
   auto* data = new DataPoint3(0, {}, 1);
   RecordingListener listener;
