@@ -4,8 +4,10 @@
 // Each element has a controller slot; a controller set there becomes a dependency of the
 // value (the value owns it through the block graph and hears its changes, which it posts on
 // to its table). The number of controller slots is fixed when the value is constructed,
-// cloned or loaded: SetSize and Erase change only the elements. The stored element is what
-// every getter returns, whatever the time; the controller does not override it.
+// cloned or loaded: SetSize and Erase change only the elements. Kept as is: a saved value's
+// dependency record lists these slots, and existing scene files were written with this
+// count. The stored element is what every getter returns, whatever the time; the controller
+// does not override it.
 // Owned by the DataTable it sits in; a factory-made value carries the id -1 and 0.0.
 #pragma once
 

@@ -3,9 +3,11 @@
 #include <orlo/base/block/block.h>
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include <orlo/base/data/data.h>
 #include <orlo/base/data/data_table.h>
 
 #include "tests/base/data/data_test_blocks.h"
@@ -152,6 +154,80 @@ TEST_F(AttributeTest, GetAttributeWithAnIdTheTableRejectsStillSucceedsAndLeavesT
   EXPECT_TRUE(status.IsOk());
   EXPECT_EQ(status.GetMessage(), "");
   EXPECT_EQ(value, 8.5);
+}
+
+TEST_F(AttributeTest, GetAttributeOfEveryTypeWithAnIdTheTableRejectsSucceedsAndLeavesTheOutput) {
+  for (int id : {6, -1, 1000}) {
+    SCOPED_TRACE(id);
+    int as_int = 4;
+    EXPECT_TRUE(m_owner->GetAttribute(id, as_int, 0, 0).IsOk());
+    EXPECT_EQ(as_int, 4);
+    double as_double = 4.5;
+    EXPECT_TRUE(m_owner->GetAttribute(id, as_double, 0, 0).IsOk());
+    EXPECT_EQ(as_double, 4.5);
+    Point3<double> as_point(1.0, 1.0, 1.0);
+    EXPECT_TRUE(m_owner->GetAttribute(id, as_point, 0, 0).IsOk());
+    EXPECT_EQ(as_point, Point3<double>(1.0, 1.0, 1.0));
+    std::string as_string = "kept";
+    EXPECT_TRUE(m_owner->GetAttribute(id, as_string, 0, 0).IsOk());
+    EXPECT_EQ(as_string, "kept");
+    Color as_color(1.0f, 1.0f, 1.0f);
+    EXPECT_TRUE(m_owner->GetAttribute(id, as_color, 0, 0).IsOk());
+    EXPECT_EQ(as_color, Color(1.0f, 1.0f, 1.0f));
+    bool as_bool = true;
+    EXPECT_TRUE(m_owner->GetAttribute(id, as_bool, 0, 0).IsOk());
+    EXPECT_TRUE(as_bool);
+  }
+}
+
+TEST_F(AttributeTest, SetAttributeOfEveryTypeWithAnIdTheTableRejectsSucceedsAndChangesNothing) {
+  testing::RecordingListener listener;
+  m_owner->AddBlockListener(&listener);
+  for (int id : {6, -1, 1000}) {
+    SCOPED_TRACE(id);
+    EXPECT_TRUE(m_owner->SetAttribute(id, 3, 0, 0).IsOk());
+    EXPECT_TRUE(m_owner->SetAttribute(id, 3.5, 0, 0).IsOk());
+    EXPECT_TRUE(m_owner->SetAttribute(id, "text", 0, 0).IsOk());
+    EXPECT_TRUE(m_owner->SetAttribute(id, Point3<double>(9, 9, 9), 0, 0).IsOk());
+    EXPECT_TRUE(m_owner->SetAttribute(id, std::string("text"), 0, 0).IsOk());
+    EXPECT_TRUE(m_owner->SetAttribute(id, Color(0, 1, 0), 0, 0).IsOk());
+    EXPECT_TRUE(m_owner->SetAttribute(id, false, 0, 0).IsOk());
+  }
+  EXPECT_EQ(m_table->GetLastDataChanged(), -1);
+  EXPECT_TRUE(m_table->GetBool(0, 0, 0));
+  EXPECT_EQ(m_table->GetInt(1, 0, 0), 7);
+  EXPECT_EQ(m_table->GetFloat(2, 0, 0), 2.5);
+  EXPECT_EQ(m_table->GetPoint3F(3, 0, 0), Point3<double>(1.0, 2.0, 3.0));
+  EXPECT_EQ(m_table->GetColor(4, 0, 0), Color(0.5f, 0.25f, 0.125f));
+  EXPECT_EQ(m_table->GetString(5, 0, 0), "five");
+  EXPECT_TRUE(listener.events.empty());
+  m_owner->RemoveBlockListener(&listener);
+}
+
+TEST_F(AttributeTest, ATableAndADataValueHaveNoTableOfTheirOwn) {
+  Data* value = m_table->GetData(2);
+  for (Block* block : std::vector<Block*>{m_table, value}) {
+    SCOPED_TRACE(block->GetClassName());
+    double as_double = 1.5;
+    ExpectFailure(block->GetAttribute(2, as_double, 0, 0), kGetMessage);
+    EXPECT_EQ(as_double, 1.5);
+    ExpectFailure(block->SetAttribute(2, 9.0, 0, 0), kSetMessage);
+    Status status;
+    EXPECT_EQ(block->GetFloatAttribute(2, 0, 0, &status), 0.0);
+    ExpectFailure(status, "Block::GetFloatAttribute : This block doesn't support DataTable.");
+  }
+  EXPECT_EQ(m_table->GetFloat(2, 0, 0), 2.5);
+}
+
+TEST_F(AttributeTest, AChangeMadeThroughAnAttributeReachesTheOwnerAsCode3WithTheId) {
+  testing::RecordingListener listener;
+  m_owner->AddBlockListener(&listener);
+  EXPECT_TRUE(m_owner->SetAttribute(3, Point3<double>(0, 0, 1), 0, 0).IsOk());
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].block, m_owner);
+  EXPECT_EQ(listener.events[0].code, 3);
+  EXPECT_EQ(listener.events[0].param, 3);
+  m_owner->RemoveBlockListener(&listener);
 }
 
 TEST_F(AttributeTest, SetAttributeWritesThroughTheTable) {

@@ -230,6 +230,46 @@ TEST(DataTableTest, GetValueWithAFailingIdReportsOutOfRangeAndLeavesTheOutputUnt
   Release(table);
 }
 
+TEST(DataTableTest, OnAnEmptyTableEveryByIdOperationFailsEvenForIdZero) {
+  auto* table = new DataTable(true);
+  auto* controller = new TestController(1.0);
+  RecordingListener listener;
+  table->AddBlockListener(&listener);
+  for (int id : {0, 1, -1}) {
+    SCOPED_TRACE(id);
+    EXPECT_EQ(table->GetData(id), nullptr);
+    EXPECT_EQ(table->GetDataName(id), "Error");
+    EXPECT_FALSE(table->SetDataName(id, "name"));
+    EXPECT_EQ(table->GetDataType(id), -1);
+    EXPECT_EQ(table->GetDataSize(id), -1);
+    EXPECT_FALSE(table->SetDataSize(id, 2));
+    EXPECT_EQ(table->GetAnimationContoller(id, 0), nullptr);
+    EXPECT_FALSE(table->SetController(id, controller, 0));
+    const Status erased = table->Erase(id, 0);
+    EXPECT_EQ(erased.GetCode(), 2);
+    EXPECT_EQ(erased.GetMessage(), "Invalid DataTable id.");
+    EXPECT_FALSE(table->GetBool(id, 0, 0));
+    EXPECT_EQ(table->GetInt(id, 0, 0), -1);
+    EXPECT_EQ(table->GetFloat(id, 0, 0), -1.0);
+    EXPECT_EQ(table->GetPoint3F(id, 0, 0), Point3<double>(-1.0, -1.0, -1.0));
+    EXPECT_EQ(table->GetPoint3I(id, 0, 0), Point3<int>(-1, -1, -1));
+    EXPECT_EQ(table->GetColor(id, 0, 0), Color(-1.0f, -1.0f, -1.0f));
+    EXPECT_EQ(table->GetString(id, 0, 0), "");
+    double out = 4.5;
+    ExpectGetValueFailure(table->GetValue(id, out, 0, 0));
+    EXPECT_EQ(out, 4.5);
+    ExpectSetValueFailure(table->SetValue(id, 1.0, 0, 0));
+    EXPECT_EQ(table->GetLastDataChanged(), -1);
+  }
+  EXPECT_EQ(table->GetDataID(0), -1);
+  EXPECT_TRUE(table->GetIDToIndex().empty());
+  EXPECT_TRUE(listener.events.empty());
+  EXPECT_EQ(controller->GetParentBlock(), nullptr);
+  table->RemoveBlockListener(&listener);
+  Release(controller);
+  Release(table);
+}
+
 TEST(DataTableTest, SetValueWithAFailingIdReportsOutOfRangeAndLeavesLastChangedAsItWas) {
   DataTable* table = TableWithHoles();
   ASSERT_TRUE(table->SetValue(1, 3, 0, 0).IsOk());
@@ -360,6 +400,126 @@ TEST(DataTableTest, TypedGettersReadThroughGetValueFromAZeroStart) {
   Release(table);
 }
 
+// Reads element 1 of parameter `id` through the table's GetValue of type T and through the
+// member's own GetValue, both from `start`, and expects the same answer and a success.
+template <typename T>
+void ExpectTableReadsLikeTheMember(DataTable& table, int id, const T& start, const char* type) {
+  SCOPED_TRACE(type);
+  T through_table = start;
+  const Status status = table.GetValue(id, through_table, 0, 1);
+  EXPECT_EQ(status.GetCode(), 0);
+  EXPECT_EQ(status.GetMessage(), "");
+  T from_member = start;
+  table.GetData(id)->GetValue(from_member, 0, 1);
+  EXPECT_EQ(through_table, from_member);
+}
+
+TEST(DataTableTest, GetValueOfEveryTypeOnEveryKindAnswersAsTheMembersOverload) {
+  DataTable* table = TableOfEveryKind();
+  for (int id = 0; id < 6; ++id) {
+    SCOPED_TRACE(table->GetDependencyName(id));
+    // Two starts per type, so that a member that leaves the output alone shows.
+    for (int pass = 0; pass < 2; ++pass) {
+      const bool first = pass == 0;
+      ExpectTableReadsLikeTheMember<int>(*table, id, first ? 12345 : -6, "int");
+      ExpectTableReadsLikeTheMember<double>(*table, id, first ? 9.25 : -0.5, "double");
+      ExpectTableReadsLikeTheMember<Point3<int>>(
+          *table, id, first ? Point3<int>(9, 8, 7) : Point3<int>(-1, 0, 1), "Point3<int>");
+      ExpectTableReadsLikeTheMember<Point3<double>>(
+          *table, id, first ? Point3<double>(9.5, 8.5, 7.5) : Point3<double>(), "Point3<double>");
+      ExpectTableReadsLikeTheMember<std::string>(*table, id, first ? "start" : "", "string");
+      ExpectTableReadsLikeTheMember<Color>(*table, id, first ? Color(0.125f, 0.5f, 1.0f) : Color(),
+                                           "Color");
+      ExpectTableReadsLikeTheMember<bool>(*table, id, first, "bool");
+    }
+  }
+  Release(table);
+}
+
+struct TableSetter {
+  const char* label;
+  std::function<Status(DataTable&, int id)> through_table;
+  std::function<void(Data&)> on_member;
+};
+
+// The eight setters of the table, each with the member setter it must reach, on element 1.
+std::vector<TableSetter> TableSetters() {
+  return {
+      {"int", [](DataTable& t, int id) { return t.SetValue(id, -7, 0, 1); },
+       [](Data& d) { d.SetValue(-7, 0, 1); }},
+      {"double", [](DataTable& t, int id) { return t.SetValue(id, -2.9, 0, 1); },
+       [](Data& d) { d.SetValue(-2.9, 0, 1); }},
+      {"Point3<int>",
+       [](DataTable& t, int id) { return t.SetValue(id, Point3<int>(4, 5, 6), 0, 1); },
+       [](Data& d) { d.SetValue(Point3<int>(4, 5, 6), 0, 1); }},
+      {"Point3<double>",
+       [](DataTable& t, int id) { return t.SetValue(id, Point3<double>(4.5, 5.5, 6.5), 0, 1); },
+       [](Data& d) { d.SetValue(Point3<double>(4.5, 5.5, 6.5), 0, 1); }},
+      {"string", [](DataTable& t, int id) { return t.SetValue(id, std::string("xyz"), 0, 1); },
+       [](Data& d) { d.SetValue(std::string("xyz"), 0, 1); }},
+      {"text literal", [](DataTable& t, int id) { return t.SetValue(id, "lit", 0, 1); },
+       [](Data& d) { d.SetValue(std::string("lit"), 0, 1); }},
+      {"Color", [](DataTable& t, int id) { return t.SetValue(id, Color(0.5f, 0.0f, 1.0f), 0, 1); },
+       [](Data& d) { d.SetValue(Color(0.5f, 0.0f, 1.0f), 0, 1); }},
+      {"bool", [](DataTable& t, int id) { return t.SetValue(id, false, 0, 1); },
+       [](Data& d) { d.SetValue(false, 0, 1); }},
+  };
+}
+
+void ExpectSameElements(const Data& actual, const Data& expected) {
+  ASSERT_EQ(actual.GetSize(), expected.GetSize());
+  for (int e = 0; e < expected.GetSize(); ++e) {
+    EXPECT_EQ(actual.GetBool(0, e), expected.GetBool(0, e));
+    EXPECT_EQ(actual.GetInt(0, e), expected.GetInt(0, e));
+    EXPECT_EQ(actual.GetFloat(0, e), expected.GetFloat(0, e));
+    EXPECT_EQ(actual.GetPoint3F(0, e), expected.GetPoint3F(0, e));
+    EXPECT_EQ(actual.GetColor(0, e), expected.GetColor(0, e));
+    EXPECT_EQ(actual.GetString(0, e), expected.GetString(0, e));
+  }
+}
+
+TEST(DataTableTest, SetValueOfEveryTypeOnEveryKindStoresAsTheMembersOverloadAndSucceeds) {
+  for (const TableSetter& setter : TableSetters()) {
+    for (int id = 0; id < 6; ++id) {
+      DataTable* table = TableOfEveryKind();
+      SCOPED_TRACE(table->GetDependencyName(id) + " <- " + setter.label);
+      // A twin of the parameter takes the member's setter directly.
+      auto* twin = dynamic_cast<Data*>(table->GetData(id)->Clone());
+      ASSERT_NE(twin, nullptr);
+      RecordingListener twin_listener;
+      twin->AddBlockListener(&twin_listener);
+      setter.on_member(*twin);
+      RecordingListener listener;
+      table->AddBlockListener(&listener);
+
+      const Status status = setter.through_table(*table, id);
+
+      EXPECT_EQ(status.GetCode(), 0);
+      EXPECT_EQ(status.GetMessage(), "");
+      EXPECT_EQ(table->GetLastDataChanged(), id);
+      ExpectSameElements(*table->GetData(id), *twin);
+      // The table reports exactly when the member stored.
+      ASSERT_EQ(listener.events.size(), twin_listener.events.size());
+      for (const BlockEvent& event : listener.events) {
+        EXPECT_EQ(event.block, table);
+        EXPECT_EQ(event.code, 3);
+        EXPECT_EQ(event.param, id);
+      }
+      table->RemoveBlockListener(&listener);
+      twin->RemoveBlockListener(&twin_listener);
+      Release(twin);
+      Release(table);
+    }
+  }
+}
+
+TEST(DataTableTest, SetValueOfANullTextPointerStoresTheEmptyString) {
+  DataTable* table = TableOfEveryKind();
+  EXPECT_TRUE(table->SetValue(5, static_cast<const char*>(nullptr), 0, 1).IsOk());
+  EXPECT_EQ(table->GetString(5, 0, 1), "");
+  Release(table);
+}
+
 TEST(DataTableTest, GetValueReadsThroughTheMembersOverloadAndSucceeds) {
   DataTable* table = TableOfEveryKind();
   Point3<double> point(9.0, 9.0, 9.0);
@@ -470,6 +630,26 @@ TEST(DataTableTest, SetControllerByIdRecordsTheIdAndLinksTheController) {
   EXPECT_EQ(TestController::live, 0);
 }
 
+TEST(DataTableTest, HooksAndTableOperationsOfATableDoNothing) {
+  DataTable* table = TableWithHoles();
+  RecordingListener listener;
+  table->AddBlockListener(&listener);
+  table->UpdateDataTable(true);
+  table->Update(10);
+  table->ActionBegin(1, 2);
+  table->ActionEnd(1, 2);
+  EXPECT_EQ(table->GetDataTable(), nullptr);
+  const Status status = table->SetDataTable(table);
+  EXPECT_EQ(status.GetCode(), 1);
+  EXPECT_EQ(status.GetMessage(), "This Block has no DataTables.");
+  EXPECT_EQ(table->NumDependencies(), 3);
+  EXPECT_EQ(table->GetIDToIndex(), (std::vector<int>{0, 1, -1, -1, -1, 2}));
+  EXPECT_EQ(table->GetString(5, 0, 0), "five");
+  EXPECT_TRUE(listener.events.empty());
+  table->RemoveBlockListener(&listener);
+  Release(table);
+}
+
 TEST(DataTableTest, GetTimeIntervalStartsFromForeverWhateverIsPassedIn) {
   DataTable* table = TableOfEveryKind();
   TimeInterval interval(5, 6);
@@ -524,6 +704,50 @@ TEST(DataTableTest, AControllerChangeTravelsThroughItsValueAndTableToTheOwner) {
   owner->RemoveBlockListener(&listener);
   Release(owner);
   EXPECT_EQ(TestController::live, 0);
+}
+
+TEST(DataTableTest, LinkingAControllerByIdReachesTheOwnerAsCode3WithTheId) {
+  TestController::live = 0;
+  auto* owner = new TableOwner;
+  auto* table = new DataTable(true);
+  ASSERT_TRUE(owner->MakeDependencyByID(0, table).IsOk());
+  table->AddDataFloat(0, 0.0, 2);
+  table->AddDataFloat(1, 0.0, 2);
+  RecordingListener listener;
+  owner->AddBlockListener(&listener);
+  // The value reports its slot change (code 2, slot 1); the table turns any report of one of
+  // its values into code 3 with the parameter id.
+  ASSERT_TRUE(table->SetController(1, new TestController(2.0), 1));
+  ASSERT_EQ(listener.events.size(), 1u);
+  EXPECT_EQ(listener.events[0].block, owner);
+  EXPECT_EQ(listener.events[0].code, 3);
+  EXPECT_EQ(listener.events[0].param, 1);
+  // Emptying the slot is reported the same way.
+  ASSERT_TRUE(table->SetController(1, nullptr, 1));
+  ASSERT_EQ(listener.events.size(), 2u);
+  EXPECT_EQ(listener.events[1].code, 3);
+  EXPECT_EQ(listener.events[1].param, 1);
+  EXPECT_EQ(TestController::live, 0);
+  owner->RemoveBlockListener(&listener);
+  Release(owner);
+}
+
+TEST(DataTableTest, NamingErasingAndResizingByIdPostNothing) {
+  auto* owner = new TableOwner;
+  auto* table = new DataTable(true);
+  ASSERT_TRUE(owner->MakeDependencyByID(0, table).IsOk());
+  table->AddDataInt(0, 0, 3);
+  RecordingListener listener;
+  owner->AddBlockListener(&listener);
+  table->AddBlockListener(&listener);
+  EXPECT_TRUE(table->SetDataName(0, "count"));
+  EXPECT_TRUE(table->Erase(0, 2).IsOk());
+  EXPECT_TRUE(table->SetDataSize(0, 5));
+  EXPECT_EQ(table->GetDataSize(0), 5);
+  EXPECT_TRUE(listener.events.empty());
+  owner->RemoveBlockListener(&listener);
+  table->RemoveBlockListener(&listener);
+  Release(owner);
 }
 
 TEST(DataTableTest, AValueInTwoSlotsIsReportedOncePerSlot) {

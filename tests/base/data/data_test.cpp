@@ -235,21 +235,21 @@ TEST(DataConversionTest, GettersIntoAReferenceOfDataFloatHoldingNaNGiveTrueAndTh
 
 using Natural = std::variant<bool, int, double, Point3<double>, Color, std::string>;
 
-// Element 1 read through the member's own type.
-Natural ReadNatural(const Data& data) {
+// An element (element 1 unless told otherwise) read through the member's own type.
+Natural ReadNatural(const Data& data, int index = 1) {
   switch (data.GetType()) {
     case Data::kTypeBool:
-      return data.GetBool(0, 1);
+      return data.GetBool(0, index);
     case Data::kTypeInt:
-      return data.GetInt(0, 1);
+      return data.GetInt(0, index);
     case Data::kTypeFloat:
-      return data.GetFloat(0, 1);
+      return data.GetFloat(0, index);
     case Data::kTypePoint3:
-      return data.GetPoint3F(0, 1);
+      return data.GetPoint3F(0, index);
     case Data::kTypeColor:
-      return data.GetColor(0, 1);
+      return data.GetColor(0, index);
     default:
-      return data.GetString(0, 1);
+      return data.GetString(0, index);
   }
 }
 
@@ -591,6 +591,45 @@ TEST(DataTest, CloneCopiesClassIdDefaultSizeElementsAndNameButNotListeners) {
   }
 }
 
+TEST(DataTest, EverySetterStoresWhateverTheTime) {
+  for (int time : {-4800, 0, 160}) {
+    SCOPED_TRACE(time);
+    auto* data = new DataFloat(0, 0.0, 2);
+    data->SetValue(3.5, time, 1);
+    EXPECT_EQ(data->GetFloat(0, 1), 3.5);
+    data->SetValue(7, time, 0);
+    EXPECT_EQ(data->GetFloat(0, 0), 7.0);
+    auto* text = new DataString(0, "", 1);
+    text->SetValue(std::string("at any time"), time, 0);
+    EXPECT_EQ(text->GetString(0, 0), "at any time");
+    Release(text);
+    Release(data);
+  }
+}
+
+TEST(DataTest, HooksAndTableOperationsOfAValueDoNothing) {
+  for (const MemberRow& row : Members()) {
+    SCOPED_TRACE(row.class_name);
+    Data* data = row.make();
+    RecordingListener listener;
+    data->AddBlockListener(&listener);
+    const Natural before = ReadNatural(*data);
+    data->UpdateDataTable(true);
+    data->Update(10);
+    data->ActionBegin(1, 2);
+    data->ActionEnd(1, 2);
+    EXPECT_EQ(data->GetDataTable(), nullptr);
+    const Status status = data->SetDataTable(nullptr);
+    EXPECT_EQ(status.GetCode(), 1);
+    EXPECT_EQ(status.GetMessage(), "This Block has no DataTables.");
+    EXPECT_EQ(ReadNatural(*data), before);
+    EXPECT_EQ(data->GetSize(), 2);
+    EXPECT_TRUE(listener.events.empty());
+    data->RemoveBlockListener(&listener);
+    Release(data);
+  }
+}
+
 TEST(DataTest, ProcessEventStampsTheValueAndPostsTheEventOn) {
   auto* data = new DataPoint3(0, {}, 1);
   RecordingListener listener;
@@ -612,6 +651,112 @@ TEST(DataTest, AMutedValueStoresButPostsNothing) {
   data->SetValue(4, 0, 0);
   EXPECT_EQ(data->GetInt(0, 0), 4);
   EXPECT_TRUE(listener.events.empty());
+  data->RemoveBlockListener(&listener);
+  Release(data);
+}
+
+// ---- An index outside the elements ----
+
+// Stores into element `index` a sample of the member's own type that differs from the
+// defaults of Members().
+void StoreNatural(Data& data, int index) {
+  switch (data.GetType()) {
+    case Data::kTypeBool:
+      data.SetValue(false, 0, index);
+      break;
+    case Data::kTypeInt:
+      data.SetValue(-9, 0, index);
+      break;
+    case Data::kTypeFloat:
+      data.SetValue(-9.5, 0, index);
+      break;
+    case Data::kTypePoint3:
+      data.SetValue(Point3<double>(-9.0, -9.0, -9.0), 0, index);
+      break;
+    case Data::kTypeColor:
+      data.SetValue(Color(0.0f, 0.0f, 0.0f), 0, index);
+      break;
+    default:
+      data.SetValue(std::string("stored"), 0, index);
+      break;
+  }
+}
+
+// Reads element `index` through the member's GetValue of its own type, into a start that
+// differs from the defaults of Members().
+Natural ReadNaturalByReference(const Data& data, int index) {
+  switch (data.GetType()) {
+    case Data::kTypeBool: {
+      bool out = false;
+      data.GetValue(out, 0, index);
+      return out;
+    }
+    case Data::kTypeInt: {
+      int out = -77;
+      data.GetValue(out, 0, index);
+      return out;
+    }
+    case Data::kTypeFloat: {
+      double out = -77.5;
+      data.GetValue(out, 0, index);
+      return out;
+    }
+    case Data::kTypePoint3: {
+      Point3<double> out(-77.0, -77.0, -77.0);
+      data.GetValue(out, 0, index);
+      return out;
+    }
+    case Data::kTypeColor: {
+      Color out(0.75f, 0.75f, 0.75f);
+      data.GetValue(out, 0, index);
+      return out;
+    }
+    default: {
+      std::string out = "start";
+      data.GetValue(out, 0, index);
+      return out;
+    }
+  }
+}
+
+// The suite name ends in DeathTest so that GoogleTest runs it before any other.
+TEST(DataIndexDeathTest, AnIndexOutsideTheElementsAssertsInDebugAndIsHarmlessInRelease) {
+  for (const MemberRow& row : Members()) {
+    for (int index : {-1, 2}) {
+      SCOPED_TRACE(std::string(row.class_name) + " index " + std::to_string(index));
+      Data* data = row.make();  // two elements, both holding the default
+      const Natural default_value = ReadNatural(*data, 0);
+      RecordingListener listener;
+      data->AddBlockListener(&listener);
+
+      std::optional<Natural> by_value;
+      std::optional<Natural> by_reference;
+      EXPECT_DEBUG_DEATH(StoreNatural(*data, index), "index");
+      EXPECT_DEBUG_DEATH(data->Erase(index), "index");
+      EXPECT_DEBUG_DEATH(by_value = ReadNatural(*data, index), "index");
+      EXPECT_DEBUG_DEATH(by_reference = ReadNaturalByReference(*data, index), "index");
+#ifdef NDEBUG
+      // A release build reads the default value, and stores, erases and posts nothing.
+      EXPECT_EQ(by_value, default_value);
+      EXPECT_EQ(by_reference, default_value);
+#endif
+      ASSERT_EQ(data->GetSize(), 2);
+      EXPECT_EQ(ReadNatural(*data, 0), default_value);
+      EXPECT_EQ(ReadNatural(*data, 1), default_value);
+      EXPECT_TRUE(listener.events.empty());
+      data->RemoveBlockListener(&listener);
+      Release(data);
+    }
+  }
+}
+
+TEST(DataTest, ANullTextPointerStoresTheEmptyString) {
+  auto* data = new DataString(0, "dflt", 1);
+  RecordingListener listener;
+  data->AddBlockListener(&listener);
+  data->SetValue(static_cast<const char*>(nullptr), 0, 0);
+  EXPECT_EQ(data->GetString(0, 0), "");
+  EXPECT_EQ(listener.events.size(), 1u);
   data->RemoveBlockListener(&listener);
   Release(data);
 }
