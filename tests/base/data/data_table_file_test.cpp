@@ -1,9 +1,6 @@
 // A parameter table holding every kind of value, written and read back through the real
-// chunk stream the way the scene file does it: one record chunk per block with its identity,
-// its payload and its dependency numbers, then the links made again by number.
+// chunk stream the way the scene file does it (see tests/testing/block_record_stream.h).
 #include <cstdint>
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,16 +15,16 @@
 #include <orlo/base/data/data_point3.h>
 #include <orlo/base/data/data_string.h>
 #include <orlo/base/data/data_table.h>
-#include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
-#include <orlo/support/scene_load.h>
-#include <orlo/support/scene_save.h>
 
 #include "tests/base/data/data_test_blocks.h"
+#include "tests/testing/block_record_stream.h"
 
 namespace Orlo {
 namespace {
 
+using testing::LoadBlockGraph;
+using testing::SaveBlockGraph;
 using testing::data::Release;
 using testing::data::TableOwner;
 using testing::data::TestController;
@@ -38,95 +35,6 @@ class TestControllerFactory : public BlockFactory {
   Block* GetBlock(bool) const override { return new TestController(0.0); }
   std::string GetName() const override { return "TestController"; }
 };
-
-// The blocks below `root` in pre-order, each once.
-std::vector<Block*> Enumerate(Block* root) {
-  std::vector<Block*> order;
-  std::vector<Block*> stack = {root};
-  while (!stack.empty()) {
-    Block* block = stack.back();
-    stack.pop_back();
-    bool seen = false;
-    for (Block* b : order) seen = seen || b == block;
-    if (seen) continue;
-    order.push_back(block);
-    for (int i = block->NumDependencies() - 1; i >= 0; --i) {
-      if (block->GetDependency(i) != nullptr) stack.push_back(block->GetDependency(i));
-    }
-  }
-  return order;
-}
-
-std::vector<std::uint8_t> WriteBlocks(Block* root) {
-  std::vector<Block*> blocks = Enumerate(root);
-  for (std::size_t n = 0; n < blocks.size(); ++n) blocks[n]->SetID(static_cast<std::uint32_t>(n));
-  SceneSave save;
-  save.BeginChunk(0x05);
-  save.BeginChunk(0x10);
-  save.WriteInt32(static_cast<std::int32_t>(blocks.size()));
-  save.EndChunk();
-  for (Block* block : blocks) {
-    save.BeginChunk(0x15);
-    block->SaveBlockInfo(&save);
-    save.BeginChunk(0x20);
-    EXPECT_EQ(block->Save(&save), 1) << block->GetClassName();
-    save.EndChunk();
-    block->SaveBlockDependencies(&save);
-    save.EndChunk();
-  }
-  save.EndChunk();
-  return save.TakeBytes();
-}
-
-// Reads the blocks back, links them by number and returns block 0 (null on failure). Blocks
-// that were read but could not be linked are released.
-Block* ReadBlocks(std::vector<std::uint8_t> bytes) {
-  SceneLoad load(std::move(bytes));
-  EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  std::int32_t count = 0;
-  load.ReadInt32(count);
-  load.CloseChunk();
-  std::vector<BlockLoadData> records(static_cast<std::size_t>(count));
-  for (BlockLoadData& record : records) {
-    EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-    EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-    load.ReadUInt32(record.block_type.class_id);
-    load.ReadUInt32(record.block_type.super_class_id);
-    load.ReadUInt32(record.block_type.sub_id);
-    load.ReadInt32(record.id);
-    load.CloseChunk();
-    for (unsigned f = 0; f < SceneEngine::GetNumBlockFactories(); ++f) {
-      BlockFactory* factory = SceneEngine::GetBlockFactory(f);
-      if (factory->GetBlockType() == record.block_type) {
-        record.block = factory->GetBlock(false);
-        break;
-      }
-    }
-    EXPECT_NE(record.block, nullptr);
-    EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-    EXPECT_EQ(load.CurChunkID(), 0x20u);
-    if (record.block != nullptr) {
-      EXPECT_EQ(record.block->Load(&load), 1) << record.block->GetClassName();
-    }
-    load.CloseChunk();
-    if (record.block != nullptr) record.block->LoadBlockDependencies(&load, &record);
-    load.CloseChunk();
-  }
-  load.CloseChunk();
-  EXPECT_FALSE(load.HasError()) << load.GetStatus().GetMessage();
-  for (BlockLoadData& record : records) {
-    for (std::size_t slot = 0; slot < record.dependency_ids.size(); ++slot) {
-      const std::int32_t number = record.dependency_ids[slot];
-      if (number < 0 || number >= count) continue;
-      EXPECT_TRUE(record.block
-                      ->MakeDependencyByID(static_cast<int>(slot),
-                                           records[static_cast<std::size_t>(number)].block)
-                      .IsOk());
-    }
-  }
-  return records.empty() ? nullptr : records[0].block;
-}
 
 class DataTableFileTest : public ::testing::Test {
  protected:
@@ -165,7 +73,7 @@ TEST_F(DataTableFileTest, ATableOfEveryKindComesBackWithItsValuesAndLinks) {
   table->SetValue(5, "a string longer than its default record", 0, 1);
   table->SetController(2, new TestController(3.0), 1);
 
-  Block* read = ReadBlocks(WriteBlocks(table));
+  Block* read = LoadBlockGraph(SaveBlockGraph(table));
   auto* loaded = dynamic_cast<DataTable*>(read);
   ASSERT_NE(loaded, nullptr);
   // The owner of a table rebuilds the map once the slots are linked.
@@ -215,7 +123,7 @@ TEST_F(DataTableFileTest, ALoadedTableUnderItsOwnerPassesChangesUpAgain) {
   ASSERT_TRUE(owner->MakeDependencyByID(0, table).IsOk());
   table->AddDataFloat(0, 1.0, 1);
   table->AddDataInt(1, 2, 1);
-  auto* loaded = dynamic_cast<DataTable*>(ReadBlocks(WriteBlocks(table)));
+  auto* loaded = dynamic_cast<DataTable*>(LoadBlockGraph(SaveBlockGraph(table)));
   ASSERT_NE(loaded, nullptr);
   loaded->UpdateIDToIndex();
   auto* loaded_owner = new TableOwner;

@@ -1,6 +1,6 @@
 // Defines SaveBlockGraph and LoadBlockGraph, which write every block reachable from a root
 // through the chunk stream, as a scene file stores its blocks, and read them back through the
-// registered factories. The controller tests use them to round-trip a controller together
+// registered factories. The tests use them to round-trip a block together
 // with the sub-blocks its state lives in.
 //
 // Layout: chunk 0x0005 holding chunk 0x0010 (the block count, int32) and one chunk 0x0015 per
