@@ -272,8 +272,7 @@ int main(int argc, char** argv) {
   benchmark::RunSpecifiedBenchmarks(&reporter);
   reporter.PrintRatio("write to file", "BM_ChunkWriteFile/real_time",
                       "BM_PlainWriteFile/real_time");
-  reporter.PrintRatio("read from file", "BM_ChunkReadFile/real_time",
-                      "BM_PlainReadFile/real_time");
+  reporter.PrintRatio("read from file", "BM_ChunkReadFile/real_time", "BM_PlainReadFile/real_time");
   benchmark::Shutdown();
   boost::filesystem::remove_all(g_dir);
   return 0;

@@ -26,8 +26,7 @@ constexpr std::size_t kFileWindowBytes = std::size_t{64} << 10;
 
 std::string ChunkName(std::uint32_t id, std::uint64_t header_offset) {
   char text[64];
-  std::snprintf(text, sizeof(text), "chunk 0x%04" PRIx32 " at offset %" PRIu64, id,
-                header_offset);
+  std::snprintf(text, sizeof(text), "chunk 0x%04" PRIx32 " at offset %" PRIu64, id, header_offset);
   return text;
 }
 
@@ -227,8 +226,8 @@ class SceneLoad::Impl {
     delivered = Copy(out, wanted);
     if (delivered < size) {
       std::memset(out + delivered, 0, size - delivered);
-      Fail(Here(), "read of " + Number(size) + " bytes at offset " + Number(at) +
-                       " finds only " + Number(left) + " left in " + Container());
+      Fail(Here(), "read of " + Number(size) + " bytes at offset " + Number(at) + " finds only " +
+                       Number(left) + " left in " + Container());
       return false;
     }
     return true;

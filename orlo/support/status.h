@@ -10,10 +10,10 @@ class Status {
  public:
   // Codes compare with plain numbers: status.GetCode() == 2.
   enum StatusCode {
-    kOk = 0,             // success
-    kNotApplicable = 1,  // the operation does not apply to this block
-    kFailed = 2,         // the operation failed
-    kInvalidArgument = 3 // an argument is not valid
+    kOk = 0,              // success
+    kNotApplicable = 1,   // the operation does not apply to this block
+    kFailed = 2,          // the operation failed
+    kInvalidArgument = 3  // an argument is not valid
   };
 
   Status() = default;
@@ -36,8 +36,8 @@ class Status {
 }  // namespace Orlo
 
 // Returns from the enclosing function when `expr` yields a Status that is not ok.
-#define ORLO_RETURN_IF_ERROR(expr)              \
-  do {                                          \
-    ::Orlo::Status orlo_status_ = (expr);       \
+#define ORLO_RETURN_IF_ERROR(expr)                 \
+  do {                                             \
+    ::Orlo::Status orlo_status_ = (expr);          \
     if (!orlo_status_.IsOk()) return orlo_status_; \
   } while (false)

@@ -10,12 +10,14 @@
 #include <string>
 #include <vector>
 
-#include <boost/filesystem.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <boost/filesystem.hpp>
 
 #include <orlo/support/scene_save.h>
 
+// The byte arrays below are laid out by hand, one chunk header or field per line.
+// clang-format off
 namespace Orlo {
 namespace {
 
@@ -1055,3 +1057,4 @@ TEST_F(SceneLoadFileTest, AFileThatShrinksAfterOpeningIsAnError) {
 
 }  // namespace
 }  // namespace Orlo
+// clang-format on

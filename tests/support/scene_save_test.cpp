@@ -6,12 +6,14 @@
 #include <string>
 #include <vector>
 
-#include <boost/filesystem.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <boost/filesystem.hpp>
 
 #include <orlo/support/scene_load.h>
 
+// The byte arrays below are laid out by hand, one chunk header or field per line.
+// clang-format off
 namespace Orlo {
 namespace {
 
@@ -313,3 +315,4 @@ TEST(SceneSaveDeviceTest, AWriteErrorIsReportedByFinishAndStopsTheWriter) {
 
 }  // namespace
 }  // namespace Orlo
+// clang-format on

@@ -2,8 +2,7 @@
 
 namespace Orlo {
 
-DataBool::DataBool(int id, bool default_value, int size)
-    : DataArray(id, default_value, size) {}
+DataBool::DataBool(int id, bool default_value, int size) : DataArray(id, default_value, size) {}
 
 std::string DataBool::GetClassName() const { return "DataBool"; }
 

@@ -2,8 +2,7 @@
 
 namespace Orlo {
 
-DataColor::DataColor(int id, Color default_value, int size)
-    : DataArray(id, default_value, size) {}
+DataColor::DataColor(int id, Color default_value, int size) : DataArray(id, default_value, size) {}
 
 std::string DataColor::GetClassName() const { return "DataColor"; }
 

@@ -7,8 +7,7 @@ namespace Orlo {
 using internal::IntThroughFloat;
 using internal::TruncateToInt;
 
-DataInt::DataInt(int id, int default_value, int size)
-    : DataArray(id, default_value, size) {}
+DataInt::DataInt(int id, int default_value, int size) : DataArray(id, default_value, size) {}
 
 std::string DataInt::GetClassName() const { return "DataInt"; }
 

@@ -45,13 +45,13 @@ class SceneEngine {
   static bool IsTextureTransform(Block* block);  // 415
   // Deliberately the whole range 500 to 799: object modifiers, cameras and lights are objects.
   static bool IsObject(Block* block);
-  static bool IsBaseObject(Block* block);        // 505
-  static bool IsPrimitiveObject(Block* block);   // 510
-  static bool IsRawObject(Block* block);         // 515
-  static bool IsObjectModifier(Block* block);    // 520
-  static bool IsCamera(Block* block);            // 600
-  static bool IsLight(Block* block);             // 700
-  static bool IsModifier(Block* block);          // 800
+  static bool IsBaseObject(Block* block);       // 505
+  static bool IsPrimitiveObject(Block* block);  // 510
+  static bool IsRawObject(Block* block);        // 515
+  static bool IsObjectModifier(Block* block);   // 520
+  static bool IsCamera(Block* block);           // 600
+  static bool IsLight(Block* block);            // 700
+  static bool IsModifier(Block* block);         // 800
 
   // ---- The factory registry ----
 

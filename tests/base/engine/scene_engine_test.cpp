@@ -55,22 +55,28 @@ TEST_F(SceneEngineKindsTest, EveryPredicateIsFalseForNull) {
        {&SceneEngine::IsNode, &SceneEngine::IsNodeTransform, &SceneEngine::IsDataTable,
         &SceneEngine::IsControl, &SceneEngine::IsMaterial, &SceneEngine::IsTexture,
         &SceneEngine::IsTextureTransform, &SceneEngine::IsObject, &SceneEngine::IsBaseObject,
-        &SceneEngine::IsPrimitiveObject, &SceneEngine::IsRawObject,
-        &SceneEngine::IsObjectModifier, &SceneEngine::IsCamera, &SceneEngine::IsLight,
-        &SceneEngine::IsModifier}) {
+        &SceneEngine::IsPrimitiveObject, &SceneEngine::IsRawObject, &SceneEngine::IsObjectModifier,
+        &SceneEngine::IsCamera, &SceneEngine::IsLight, &SceneEngine::IsModifier}) {
     EXPECT_FALSE(predicate(nullptr));
   }
 }
 
 TEST_F(SceneEngineKindsTest, EachPredicateMatchesItsClassIdOnly) {
   const std::vector<std::pair<bool (*)(Block*), unsigned>> cases = {
-      {&SceneEngine::IsNode, 115},          {&SceneEngine::IsNodeTransform, 110},
-      {&SceneEngine::IsDataTable, 205},     {&SceneEngine::IsControl, 300},
-      {&SceneEngine::IsMaterial, 405},      {&SceneEngine::IsTexture, 410},
-      {&SceneEngine::IsTextureTransform, 415}, {&SceneEngine::IsBaseObject, 505},
-      {&SceneEngine::IsPrimitiveObject, 510}, {&SceneEngine::IsRawObject, 515},
-      {&SceneEngine::IsObjectModifier, 520}, {&SceneEngine::IsCamera, 600},
-      {&SceneEngine::IsLight, 700},         {&SceneEngine::IsModifier, 800},
+      {&SceneEngine::IsNode, 115},
+      {&SceneEngine::IsNodeTransform, 110},
+      {&SceneEngine::IsDataTable, 205},
+      {&SceneEngine::IsControl, 300},
+      {&SceneEngine::IsMaterial, 405},
+      {&SceneEngine::IsTexture, 410},
+      {&SceneEngine::IsTextureTransform, 415},
+      {&SceneEngine::IsBaseObject, 505},
+      {&SceneEngine::IsPrimitiveObject, 510},
+      {&SceneEngine::IsRawObject, 515},
+      {&SceneEngine::IsObjectModifier, 520},
+      {&SceneEngine::IsCamera, 600},
+      {&SceneEngine::IsLight, 700},
+      {&SceneEngine::IsModifier, 800},
   };
   for (const auto& [predicate, class_id] : cases) {
     EXPECT_TRUE(predicate(Kind(class_id))) << class_id;
