@@ -16,6 +16,7 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 #include <boost/filesystem.hpp>
 
 #include <orlo/support/scene_load.h>
@@ -215,6 +216,9 @@ BENCHMARK(BM_ChunkReadMemory)->Unit(benchmark::kMillisecond)->UseRealTime();
 // that the ratios can be printed at the end.
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
+  // Colours only on a terminal, as the library's own reporter does by default.
+  RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular) {}
+
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
       if (run.run_type != Run::RT_Iteration || run.iterations <= 0) continue;
