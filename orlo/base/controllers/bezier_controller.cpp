@@ -140,38 +140,40 @@ int BezierController::Load(SceneLoad* load) {
 
 void BezierController::DeleteThis() { delete this; }
 
-double BezierController::GetFloat(int time) {
-  if (m_keys.empty()) return time == 0 ? m_default_value : 0.0;
-  for (const BezierKey& key : m_keys) {
-    if (key.time == time) return key.value;
+namespace {
+
+// The value of a non-empty key list at `time`, with the times compared as `Time`.
+// Kept as is, comparison of the time with the previous key's value included: existing scenes
+// are animated by exactly this rule. The first key at the time gives its value; otherwise the
+// mean of the last later key's value and, when the time exceeds the value of the key before
+// that one, of that key's value.
+template <typename Time>
+double EvaluateKeys(const std::vector<BezierKey>& keys, Time time) {
+  for (const BezierKey& key : keys) {
+    if (static_cast<Time>(key.time) == time) return key.value;
   }
-  // Kept as is, comparison of the time with the previous key's value included: existing
-  // scenes are animated by exactly this rule.
   double next = 0.0;
   double prev = 0.0;
-  for (std::size_t i = 0; i < m_keys.size(); ++i) {
-    if (time < m_keys[i].time) {
-      next = m_keys[i].value;
-      if (i > 0 && static_cast<double>(time) > m_keys[i - 1].value) prev = m_keys[i - 1].value;
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (time < static_cast<Time>(keys[i].time)) {
+      next = keys[i].value;
+      if (i > 0 && static_cast<double>(time) > keys[i - 1].value) prev = keys[i - 1].value;
     }
   }
   return (prev + next) * 0.5;
 }
 
+}  // namespace
+
+double BezierController::GetFloat(int time) {
+  // Without keys only time 0 gives the default value; any other time gives 0.0.
+  if (m_keys.empty()) return time == 0 ? m_default_value : 0.0;
+  return EvaluateKeys<int>(m_keys, time);
+}
+
 double BezierController::GetKey(unsigned int time) const {
   if (m_keys.empty()) return 0.0;
-  for (const BezierKey& key : m_keys) {
-    if (static_cast<unsigned int>(key.time) == time) return key.value;
-  }
-  double next = 0.0;
-  double prev = 0.0;
-  for (std::size_t i = 0; i < m_keys.size(); ++i) {
-    if (time < static_cast<unsigned int>(m_keys[i].time)) {
-      next = m_keys[i].value;
-      if (i > 0 && static_cast<double>(time) > m_keys[i - 1].value) prev = m_keys[i - 1].value;
-    }
-  }
-  return (prev + next) * 0.5;
+  return EvaluateKeys<unsigned int>(m_keys, time);
 }
 
 void BezierController::SetFloat(int time, double value) {
