@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <orlo/base/block/internal/release_guard.h>
+#include <orlo/base/block/internal/saved_slots.h>
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -311,7 +312,8 @@ int Block::LoadBlockDependencies(SceneLoad* load, BlockLoadData* record) {
   if (load->CurChunkID() == kBlockDependenciesChunk) {
     std::int32_t count = 0;
     load->ReadInt32(count);
-    if (count < 0 || static_cast<std::uint64_t>(count) * 4 > load->BytesLeftInChunk()) {
+    if (count < 0 ||
+        static_cast<std::uint64_t>(count) * internal::kSavedSlotBytes > load->BytesLeftInChunk()) {
       load->ReportCorruption("dependency count " + std::to_string(count) +
                              " does not fit its chunk");
     } else {

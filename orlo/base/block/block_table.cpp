@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include <orlo/base/block/internal/release_guard.h>
+#include <orlo/base/block/internal/saved_slots.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
@@ -11,8 +12,6 @@ namespace Orlo {
 namespace {
 
 constexpr unsigned kCountChunk = 0x0005;
-// Each entry comes back through one 4-byte number in the block's dependency chunk.
-constexpr std::uint64_t kBytesPerEntryInFile = 4;
 
 constexpr char kSetBlockOutOfRange[] = "BlockTable::SetBlock: The id of the blocks is out of range";
 
@@ -186,18 +185,13 @@ int BlockTable::Save(SceneSave* save) {
 int BlockTable::Load(SceneLoad* load) {
   int result = SceneLoad::kError;
   while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
-    if (load->CurChunkID() == kCountChunk) {
-      std::int32_t count = 0;
-      if (!load->ReadInt32(count)) {
-        // The reader has recorded the error; a count that was never read changes nothing.
-      } else if (count < 0 || static_cast<std::uint64_t>(count) >
-                                  load->BytesLeftInFile() / kBytesPerEntryInFile) {
-        load->ReportCorruption("block list of " + std::to_string(count) +
-                               " entries does not fit the file");
-      } else if (static_cast<std::size_t>(count) < m_blocks.size()) {
-        ShrinkTo(static_cast<std::size_t>(count));
+    std::size_t count = 0;
+    if (load->CurChunkID() == kCountChunk &&
+        internal::ReadListSlotCount(load, "BlockTable entry", count)) {
+      if (count < m_blocks.size()) {
+        ShrinkTo(count);
       } else {
-        m_blocks.resize(static_cast<std::size_t>(count), nullptr);
+        m_blocks.resize(count, nullptr);
       }
     }
     load->CloseChunk();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include <orlo/base/block/internal/saved_slots.h>
 #include <orlo/base/data/data.h>
 #include <orlo/base/data/data_bool.h>
 #include <orlo/base/data/data_color.h>
@@ -19,9 +20,6 @@ namespace {
 // Payload of a table. Format history, newest first:
 //   v1: chunk 0x15 with the number of slots.
 constexpr unsigned kSlotCountChunk = 0x15;
-
-// Each slot comes back through one 4-byte number in the dependency chunk that follows.
-constexpr std::uint64_t kBytesPerLoadedSlot = 4;
 
 constexpr char kGetValueOutOfRange[] = "DataTable::GetValue : The id value is out of range.";
 constexpr char kSetValueOutOfRange[] = "DataTable::SetValue : The id value is out of range.";
@@ -82,24 +80,14 @@ int DataTable::Load(SceneLoad* load) {
   int opened = SceneLoad::kError;
   while ((opened = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     if (load->CurChunkID() == kSlotCountChunk) {
-      std::int32_t count = 0;
-      if (!load->ReadInt32(count)) {
-        load->CloseChunk();
-        return 0;
-      }
-      // The slots are filled from the dependency chunk that follows in the file, so a count
-      // that chunk could not hold is corrupt; checked before anything is allocated.
-      if (count < 0 ||
-          static_cast<std::uint64_t>(count) > load->BytesLeftInFile() / kBytesPerLoadedSlot) {
-        load->ReportCorruption("DataTable slot count " + std::to_string(count) +
-                               " does not fit the " + std::to_string(load->BytesLeftInFile()) +
-                               " bytes left in the file");
+      std::size_t count = 0;
+      if (!internal::ReadListSlotCount(load, "DataTable slot", count)) {
         load->CloseChunk();
         return 0;
       }
       // Slots dropped from the end release what they held, so nothing is left half-linked.
-      for (int i = NumDependencies() - 1; i >= count; --i) DeleteDependency(i);
-      m_slots.resize(static_cast<std::size_t>(count));
+      for (int i = NumDependencies() - 1; i >= static_cast<int>(count); --i) DeleteDependency(i);
+      m_slots.resize(count);
     }
     load->CloseChunk();
   }
