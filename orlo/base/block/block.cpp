@@ -65,7 +65,8 @@ void Block::Update(int) {}
 // ---- Reachability ----
 
 void Block::TestDependant(Block* target, int& count) const {
-  if (target == nullptr) return;
+  // A block without slots (a fresh one, most often) has no path down: nothing to walk.
+  if (target == nullptr || NumDependencies() == 0) return;
   // Depth first in slot order, counting paths rather than blocks. The walk never descends
   // below the target, nor into a block already on the current path, so a cycle left by raw
   // slot stores cannot make it loop; on an acyclic graph neither rule changes the count.
@@ -214,7 +215,7 @@ void Block::ReleaseUnreferenced(Block* block) {
   // The release cascade, with an explicit stack. For each block: post code 1, release every
   // slot in order (the dependency first, then the raw store of null and the code-2 event),
   // then DeleteThis. A dependency whose last dependant goes is released completely before the
-  // next slot of its owner, exactly as the recursive description orders it.
+  // next slot of its owner: the order a recursive release would follow.
   struct Frame {
     Block* block;
     int next_slot;
@@ -223,6 +224,10 @@ void Block::ReleaseUnreferenced(Block* block) {
   std::vector<Frame> stack;
   internal::WalkPath releasing;
   block->PostEvent(BlockEvent(block, 1, 0));
+  if (block->NumDependencies() == 0) {  // a leaf: nothing to release below it
+    block->DeleteThis();
+    return;
+  }
   stack.push_back({block, 0, false});
   releasing.Push(block);
   while (!stack.empty()) {
