@@ -13,12 +13,13 @@
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
-#include "tests/base/controllers/scoped_block.h"
+#include "tests/testing/scoped_block.h"
 #include "tests/testing/test_blocks.h"
 
 namespace Orlo {
 
-void PrintTo(const BezierKey& key, std::ostream* out) {
+// Internal linkage: the suite is one program, and argument-dependent lookup still finds it.
+static void PrintTo(const BezierKey& key, std::ostream* out) {
   *out << "(" << key.time << ", " << key.value << ")";
 }
 

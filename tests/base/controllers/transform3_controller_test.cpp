@@ -17,7 +17,7 @@
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
-#include "tests/base/controllers/scoped_block.h"
+#include "tests/testing/scoped_block.h"
 #include "tests/testing/block_record_stream.h"
 #include "tests/testing/test_blocks.h"
 
