@@ -34,8 +34,6 @@ class WalkPath {
     return !m_deep.empty() && m_deep.count(block) != 0;
   }
 
-  bool Empty() const { return m_path.empty(); }
-
  private:
   // Short paths, the common case, are scanned; only deeper entries go into the hash set.
   static constexpr std::size_t kShallowDepth = 16;
