@@ -20,6 +20,12 @@ namespace Orlo {
 
 namespace {
 
+// The host pointers of the blocks that have one.
+std::unordered_map<const Block*, void*>& HostData() {
+  static std::unordered_map<const Block*, void*> data;
+  return data;
+}
+
 constexpr unsigned kBlockInfoChunk = 0x0005;
 constexpr unsigned kBlockDependenciesChunk = 0x0010;
 
@@ -70,29 +76,20 @@ void Block::Update(int) {}
 
 // ---- Copying and destruction ----
 
-Block::Block(const Block& other)
-    : m_data(other.m_data),
-      m_dependants(other.m_dependants),
-      m_listeners(other.m_listeners),
-      m_send_events(other.m_send_events),
-      m_id(other.m_id),
-      m_saved(other.m_saved) {
+Block::Block(const Block& other) : Block() { *this = other; }
+
+Block& Block::operator=(const Block& other) {
+  if (this == &other) return *this;
+  SetData(other.GetData());
+  m_dependants = other.m_dependants;
+  CopyListenersOf(other);
+  m_send_events = other.m_send_events;
+  m_id = other.m_id;
+  m_saved = other.m_saved;
   // The copied dependants hold the copy in no slot: each of them is recorded, so that it never
   // outlives the copy's knowledge of it.
   for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
   // The copy's dependants may change what the blocks below it can observe.
-  ForgetQuietAnswers();
-}
-
-Block& Block::operator=(const Block& other) {
-  if (this == &other) return *this;
-  m_data = other.m_data;
-  m_dependants = other.m_dependants;
-  m_listeners = other.m_listeners;
-  m_send_events = other.m_send_events;
-  m_id = other.m_id;
-  m_saved = other.m_saved;
-  for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
   m_quiet_stamp = 0;
   ForgetQuietAnswers();
   return *this;
@@ -102,6 +99,23 @@ Block::~Block() {
   // Blocks are destroyed through the release path, which has already made the other blocks of
   // irregular pairs forget this one; this covers a host that calls DeleteThis itself.
   if (!internal::IrregularLinks::Empty()) ForgetIrregularLinks(this, nullptr);
+  SetData(nullptr);
+  DropListeners();
+}
+
+void* Block::GetData() const {
+  if (!m_has_data) return nullptr;
+  return HostData().at(this);
+}
+
+void Block::SetData(void* data) {
+  if (data == nullptr) {
+    if (m_has_data) HostData().erase(this);
+    m_has_data = 0;
+    return;
+  }
+  HostData()[this] = data;
+  m_has_data = 1;
 }
 
 // ---- Reachability ----
@@ -349,7 +363,7 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
     if (taken.size() > may_take) taken.resize(may_take);
   }
   for (std::size_t i = taken.size(); i > 0; --i) {
-    m_dependants.erase(m_dependants.begin() + static_cast<std::ptrdiff_t>(taken[i - 1]));
+    m_dependants.erase(taken[i - 1]);
   }
   return m_dependants.empty() ? Removal::kLostLast : Removal::kStillHeld;
 }
@@ -435,10 +449,7 @@ void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
   for (Block* block : held) {
     if (block == dying) continue;
     // Every back reference to a block that is going dangles: drop them all.
-    std::vector<Block*>& dependants = block->m_dependants;
-    const std::size_t before = dependants.size();
-    dependants.erase(std::remove(dependants.begin(), dependants.end(), dying), dependants.end());
-    const bool lost_last = before != 0 && dependants.empty();
+    const bool lost_last = block->m_dependants.erase_all(dying) != 0 && block->m_dependants.empty();
     if (lost_last && orphans != nullptr && !internal::IsReleaseGuarded(block)) {
       orphans->push_back(block);
     }
