@@ -33,7 +33,7 @@ TEST(BlockGraphFuzzTest, RandomOperationSequencesKeepTheGraphWholeAndLeaveNothin
   testing::BlockGraphOps ops;
   std::vector<std::uint8_t> bytes;
   for (int sequence = 0; sequence < kSequences; ++sequence) {
-    bytes.resize(8 + random() % 89);
+    bytes.resize(12 + random() % 117);
     for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
     const std::string failure = ops.Run(bytes.data(), bytes.size());
     ASSERT_EQ(failure, "") << "sequence " << sequence << ", bytes " << Hex(bytes);
