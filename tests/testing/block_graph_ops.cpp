@@ -432,7 +432,17 @@ class Session {
   void Link(Block* owner, int slot, Block* block) {
     const bool is_table = m_tracker.Get(owner)->table;
     const bool in_range = slot >= 0 && slot < owner->NumDependencies();
-    const bool accepted = block == nullptr || (in_range && owner->OkToSetAsDependency(block));
+    const bool no_cycle = owner->OkToSetAsDependency(block);
+    const bool accepted = block == nullptr || (in_range && no_cycle);
+    if (block != nullptr && block != owner) {
+      // The path count and the yes-or-no test agree on whether the owner is below the block.
+      int paths = 0;
+      block->TestDependant(owner, paths);
+      if ((paths == 0) != no_cycle) {
+        m_tracker.Fail("TestDependant counted " + std::to_string(paths) +
+                       " paths against the cycle test");
+      }
+    }
     const Status status = owner->MakeDependencyByID(slot, block);
     if (block != nullptr && status.IsOk() != accepted) {
       m_tracker.Fail("MakeDependencyByID answered " + std::to_string(status.GetCode()) +

@@ -12,9 +12,10 @@
 //   - every live block that the harness does not keep as a root has at least one dependant.
 // At the end the roots are deleted, after which no block may be alive.
 //
-// The harness owns nothing between runs: a run creates its blocks, releases them and leaves
-// the process-wide state (the current engine, the factory registry) as it found it. Runs use
-// the block graph from one thread, one run at a time.
+// The harness owns nothing between runs: a run creates its blocks and releases them, and does
+// not touch the process-wide state (the current engine, the factory registry). A run that
+// fails stops there and leaves its blocks as they are, for the leak checker to report. Runs
+// use the block graph from one thread, one run at a time.
 #pragma once
 
 #include <array>
