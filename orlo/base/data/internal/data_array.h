@@ -39,9 +39,11 @@ class DataArray : public Data {
   unsigned GetDependencyType(int) const override { return 0; }
   // Chunks 0x05 (id), 0x10 (default value) and 0x15 (count and elements); returns 1. The name
   // and the controllers are not written.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
   // Reads the chunks Save wrote; unknown chunks are skipped. Returns 0 when the reader
   // reports an error, or when a chunk holds an id or a count that cannot be right.
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override { delete this; }
 
@@ -137,6 +139,7 @@ class DataArray : public Data {
   TimeInterval m_validity = TimeInterval::Forever();
 
  private:
+  // Requires: load is not null.
   bool LoadValues(SceneLoad* load);
 };
 
