@@ -39,6 +39,21 @@ std::vector<const Block*>& GuardedBlocks() {
   return guarded;
 }
 
+// Blocks that lost their last dependant while guarded, to be released when the outermost graph
+// operation ends; and how deep graph operations are nested now.
+std::vector<Block*>& AbandonedBlocks() {
+  static std::vector<Block*> abandoned;
+  return abandoned;
+}
+int g_operation_depth = 0;
+
+void NoteAbandoned(Block* block) {
+  std::vector<Block*>& abandoned = AbandonedBlocks();
+  if (std::find(abandoned.begin(), abandoned.end(), block) == abandoned.end()) {
+    abandoned.push_back(block);
+  }
+}
+
 }  // namespace
 
 namespace internal {
@@ -101,6 +116,9 @@ Block::~Block() {
   if (!internal::IrregularLinks::Empty()) ForgetIrregularLinks(this, nullptr);
   SetData(nullptr);
   DropListeners();
+  std::vector<Block*>& abandoned = AbandonedBlocks();
+  if (!abandoned.empty())
+    abandoned.erase(std::remove(abandoned.begin(), abandoned.end(), this), abandoned.end());
 }
 
 void* Block::GetData() const {
@@ -270,6 +288,7 @@ bool Block::MakeDependant(int, Block* dependant) {
 // ---- Linking and releasing ----
 
 Status Block::MakeDependencyByID(int index, Block* block) {
+  OperationScope operation;
   Status result;
   if (block == this) {
     result.Set(Status::kInvalidArgument, kCyclicDependency);
@@ -308,6 +327,7 @@ Status Block::MakeDependencyByID(int index, Block* block) {
 }
 
 void Block::DeleteDependency(int index) {
+  OperationScope operation;
   Block* dependency = GetDependency(index);
   if (dependency == nullptr) return;
   {
@@ -323,10 +343,12 @@ void Block::FinishSlotRelease(int index) {
 }
 
 void Block::DeleteAllDependencies() {
+  OperationScope operation;
   for (int i = 0; i < NumDependencies(); ++i) DeleteDependency(i);
 }
 
 bool Block::ReplaceDependency(Block* old_block, Block* new_block) {
+  OperationScope operation;
   const int num_slots = NumDependencies();
   for (int i = 0; i < num_slots; ++i) {
     if (GetDependency(i) != old_block) continue;
@@ -376,11 +398,17 @@ bool Block::ShouldRelease(Block* dependant, Removal removal) const {
   if (removal == Removal::kNeverHeld && internal::IrregularLinks::Contains(dependant, this)) {
     return false;
   }
-  // A block whose own release of a slot led back to it is not destroyed there.
-  return !internal::IsReleaseGuarded(this);
+  // A block whose own operation led back to it is not destroyed there; the operation may
+  // release it once it is done.
+  if (internal::IsReleaseGuarded(this)) {
+    if (removal == Removal::kLostLast) NoteAbandoned(const_cast<Block*>(this));
+    return false;
+  }
+  return true;
 }
 
 bool Block::EraseDependantFromTable(Block* dependant) {
+  OperationScope operation;
   if (!ShouldRelease(dependant, RemoveDependantEntries(dependant))) return false;
   ReleaseUnreferenced(this);
   return true;
@@ -441,6 +469,23 @@ void Block::ReleaseUnreferenced(Block* block) {
   }
 }
 
+Block::OperationScope::OperationScope() { ++g_operation_depth; }
+
+Block::OperationScope::~OperationScope() {
+  if (--g_operation_depth != 0) return;
+  // The outermost operation is done with every block it was working on: a block that lost its
+  // last dependant meanwhile, while one of its own operations ran, and still has none, is
+  // released now. Releasing runs operations of its own; the depth keeps them from draining.
+  ++g_operation_depth;
+  std::vector<Block*>& abandoned = AbandonedBlocks();
+  while (!abandoned.empty()) {
+    Block* block = abandoned.back();
+    abandoned.pop_back();
+    if (block->m_dependants.empty()) ReleaseUnreferenced(block);
+  }
+  --g_operation_depth;
+}
+
 void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
   if (internal::IrregularLinks::Empty()) return;
   std::vector<Block*> held;
@@ -450,7 +495,10 @@ void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
     if (block == dying) continue;
     // Every back reference to a block that is going dangles: drop them all.
     const bool lost_last = block->m_dependants.erase_all(dying) != 0 && block->m_dependants.empty();
-    if (lost_last && orphans != nullptr && !internal::IsReleaseGuarded(block)) {
+    if (!lost_last || orphans == nullptr) continue;
+    if (internal::IsReleaseGuarded(block)) {
+      NoteAbandoned(block);
+    } else {
       orphans->push_back(block);
     }
   }
@@ -476,6 +524,7 @@ void Block::RemoveFromDependants() {
 }
 
 void Block::DeleteThisBlock(bool delete_block) {
+  OperationScope operation;
   for (int i = 0; i < NumDependencies(); ++i) DeleteDependency(i);
   RemoveFromDependants();
   if (!delete_block) return;

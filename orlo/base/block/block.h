@@ -210,6 +210,20 @@ class Block {
   Color GetColorAttribute(int id, int time, int index, Status* status);
   std::string GetStringAttribute(int id, int time, int index, Status* status);
 
+ protected:
+  // Marks a graph operation for as long as it lives. An operation may let go of the last block
+  // holding the very block it works on (through a table entry that holds an ancestor, say);
+  // that block is kept alive while operations run and released when the outermost one ends,
+  // if nothing holds it then. Compound operations of subclasses that release several slots
+  // hold one for their whole length.
+  class OperationScope {
+   public:
+    OperationScope();
+    OperationScope(const OperationScope&) = delete;
+    OperationScope& operator=(const OperationScope&) = delete;
+    ~OperationScope();
+  };
+
  private:
   enum class Removal {
     kStillHeld,  // dependants remain

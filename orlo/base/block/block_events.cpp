@@ -15,6 +15,7 @@
 // after it posts.
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <unordered_map>
 
 #include <orlo/base/block/block.h>
@@ -37,6 +38,28 @@ struct Delivery {
 std::vector<Delivery>& PendingDeliveries() {
   static std::vector<Delivery> pending;
   return pending;
+}
+
+// The senders of the pending deliveries of the innermost delivery loop, in the same order: the
+// blocks its event is climbing through. Back references that deliberate rules left over can
+// close a cycle, which an event would otherwise climb forever; a dependant already on this path
+// does not get the event again. One path per nesting level, kept for reuse.
+std::deque<internal::WalkPath>& DeliveryPaths() {
+  static std::deque<internal::WalkPath> paths;
+  return paths;
+}
+std::size_t g_delivery_depth = 0;
+
+internal::WalkPath& DeliveryPath() { return DeliveryPaths()[g_delivery_depth - 1]; }
+
+void PushDelivery(const Delivery& delivery) {
+  PendingDeliveries().push_back(delivery);
+  DeliveryPath().Push(delivery.sender);
+}
+
+void PopDelivery() {
+  PendingDeliveries().pop_back();
+  DeliveryPath().Pop();
 }
 
 // The dependant whose ProcessEvent the innermost delivery loop is calling, or null.
@@ -63,11 +86,14 @@ class DeliveryScope {
  public:
   DeliveryScope() : m_base(PendingDeliveries().size()), m_saved_queueing(g_queueing_block) {
     g_queueing_block = nullptr;
+    if (DeliveryPaths().size() == g_delivery_depth) DeliveryPaths().emplace_back();
+    ++g_delivery_depth;
   }
   DeliveryScope(const DeliveryScope&) = delete;
   DeliveryScope& operator=(const DeliveryScope&) = delete;
   ~DeliveryScope() {
-    PendingDeliveries().resize(m_base, Delivery{nullptr, BlockEvent(), 0, 0});
+    while (PendingDeliveries().size() > m_base) PopDelivery();
+    --g_delivery_depth;
     g_queueing_block = m_saved_queueing;
   }
   std::size_t Base() const { return m_base; }
@@ -185,7 +211,7 @@ bool Block::IsQuiet(Block* block) {
 void Block::PostEvent(BlockEvent event) {
   if (!m_send_events) return;
   if (this == g_queueing_block) {
-    PendingDeliveries().push_back({this, event, 0, 0});
+    PushDelivery({this, event, 0, 0});
     return;
   }
   DeliverEvent(this, event);
@@ -194,7 +220,7 @@ void Block::PostEvent(BlockEvent event) {
 void Block::DeliverEvent(Block* sender, BlockEvent event) {
   std::vector<Delivery>& pending = PendingDeliveries();
   DeliveryScope scope;
-  pending.push_back({sender, event, 0, 0});
+  PushDelivery({sender, event, 0, 0});
   while (pending.size() > scope.Base()) {
     // Copies, not references: a listener or a dependant may grow the stack.
     const Delivery top = pending.back();
@@ -209,13 +235,13 @@ void Block::DeliverEvent(Block* sender, BlockEvent event) {
     }
     // Nothing above a quiet block can tell whether the event climbed: it stops here.
     if (top.next_dependant == 0 && !block->m_dependants.empty() && IsQuiet(block)) {
-      pending.pop_back();
+      PopDelivery();
       continue;
     }
     if (top.next_dependant < block->m_dependants.size()) {
       ++pending.back().next_dependant;
       Block* dependant = block->m_dependants[top.next_dependant];
-      if (dependant == nullptr) continue;
+      if (dependant == nullptr || DeliveryPath().Contains(dependant)) continue;
       const std::size_t queued_before = pending.size();
       g_queueing_block = dependant;
       dependant->ProcessEvent(top.event);
@@ -224,7 +250,7 @@ void Block::DeliverEvent(Block* sender, BlockEvent event) {
       std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(queued_before), pending.end());
       continue;
     }
-    pending.pop_back();
+    PopDelivery();
   }
 }
 
