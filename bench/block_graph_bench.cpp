@@ -39,6 +39,8 @@ class BenchBlock : public Block {
   int Save(SceneSave*) override { return 1; }
   int Load(SceneLoad*) override { return 1; }
   void DeleteThis() override { delete this; }
+  // Its ProcessEvent is the default relay: an event may stop where nothing above observes it.
+  bool RelaysEventsUnchanged() const override { return true; }
 
  private:
   std::vector<Block*> m_slots;

@@ -390,8 +390,43 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
   return m_dependants.empty() ? Removal::kLostLast : Removal::kStillHeld;
 }
 
-bool Block::ShouldRelease(Block* dependant, Removal removal) const {
-  if (removal == Removal::kStillHeld) return false;
+void Block::CollectIfUnowned() {
+  // Links never close a cycle, but a leftover reference can: a block set twice into a slot of
+  // one of its own dependencies and released once keeps that dependency alive, which keeps it
+  // alive in turn. Such blocks are owned by nothing outside themselves when no block above
+  // them lacks a dependant (an owner of the graph: the scene root or a block the host keeps).
+  std::vector<Block*> above{this};
+  internal::VisitedSet seen;
+  seen.Insert(this);
+  for (std::size_t i = 0; i < above.size(); ++i) {
+    bool has_dependant = false;
+    for (Block* dependant : above[i]->m_dependants) {
+      if (dependant == nullptr) continue;
+      has_dependant = true;
+      if (seen.Insert(dependant)) above.push_back(dependant);
+    }
+    if (!has_dependant) return;  // owned from outside
+  }
+  // Nothing outside holds them: the leftover references among them go, and the blocks this
+  // leaves without a dependant are released when the operation ends, taking the rest along.
+  for (Block* block : above) {
+    std::vector<Block*> leftovers;
+    for (Block* dependant : block->m_dependants) {
+      if (dependant != nullptr && seen.Contains(dependant) &&
+          internal::IrregularLinks::Contains(dependant, block) && !HoldsInSlot(dependant, block)) {
+        leftovers.push_back(dependant);
+      }
+    }
+    for (Block* leftover : leftovers) block->m_dependants.erase_all(leftover);
+    if (block->m_dependants.empty()) NoteAbandoned(block);
+  }
+}
+
+bool Block::ShouldRelease(Block* dependant, Removal removal) {
+  if (removal == Removal::kStillHeld) {
+    if (!internal::IrregularLinks::Empty()) CollectIfUnowned();
+    return false;
+  }
   // A slot that held this block without a back reference releases it as the last link would,
   // but an entry left unlinked by a refused PushBack never owned its block: that block reaches
   // the table, so letting the entry own it would also let it outlive everything.
@@ -401,7 +436,7 @@ bool Block::ShouldRelease(Block* dependant, Removal removal) const {
   // A block whose own operation led back to it is not destroyed there; the operation may
   // release it once it is done.
   if (internal::IsReleaseGuarded(this)) {
-    if (removal == Removal::kLostLast) NoteAbandoned(const_cast<Block*>(this));
+    if (removal == Removal::kLostLast) NoteAbandoned(this);
     return false;
   }
   return true;

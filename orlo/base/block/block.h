@@ -232,8 +232,12 @@ class Block {
   };
   // Removes `dependant`'s back references as one of its slots lets go of this block.
   Removal RemoveDependantEntries(Block* dependant);
+  // After a release that left this block with dependants: when they hold it only through a
+  // cycle of leftover references, breaks the cycle so that the blocks in it are released
+  // once the operation ends.
+  void CollectIfUnowned();
   // Whether a block that `dependant` let go of, with that result, is released now.
-  bool ShouldRelease(Block* dependant, Removal removal) const;
+  bool ShouldRelease(Block* dependant, Removal removal);
   // Whether `target` can be reached from `top` going down through the slots.
   static bool Reaches(const Block* top, const Block* target);
   // Releases a block that has just lost its last dependant, and everything only it kept.

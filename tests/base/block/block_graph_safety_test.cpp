@@ -346,6 +346,25 @@ TEST_F(BlockGraphSafetyTest, BlockHeldElsewhereNoLongerListsADeletedHolderOfALef
 
 constexpr int kTableDepth = 100000;
 
+TEST_F(BlockGraphSafetyTest, LeftoverReferenceThatClosesACycleOfOwnershipLeavesNothingBehind) {
+  // a sets b twice into slot 0 and empties it: b lives on, held by a's leftover reference.
+  // b then takes a as a dependency, which no slot forbids. When the last outside holder
+  // lets go, a and b would hold each other forever: both are destroyed instead.
+  TestBlock* a = NewBlock("a");
+  TestBlock* b = NewBlock("b");
+  {
+    Holder holder(a);
+    ASSERT_TRUE(a->MakeDependencyByID(0, b).IsOk());
+    ASSERT_TRUE(a->MakeDependencyByID(0, b).IsOk());
+    a->DeleteDependency(0);
+    ASSERT_EQ(EntriesOf(b, a), 1);
+    ASSERT_TRUE(b->MakeDependencyByID(0, a).IsOk());
+    EXPECT_TRUE(journal.entries.empty());
+  }
+  EXPECT_EQ(Deletions(journal, "a"), 1);
+  EXPECT_EQ(Deletions(journal, "b"), 1);
+}
+
 TEST_F(BlockGraphSafetyTest, CloneOfADeepChainOfTablesHasTheSameShape) {
   auto* root = new BlockTable(true);
   BlockTable* current = root;
