@@ -43,6 +43,7 @@
 #include <orlo/base/scene/import_tool.h>
 #include <orlo/base/scene/material.h>
 #include <orlo/base/scene/modifier.h>
+#include <orlo/base/scene/node_transform.h>
 #include <orlo/base/scene/object.h>
 #include <orlo/base/scene/object_modifier.h>
 #include <orlo/base/scene/texture.h>
