@@ -40,9 +40,11 @@
 #include <orlo/base/controllers/transform3_controller.h>
 
 #include <orlo/base/scene/export_tool.h>
+#include <orlo/base/scene/flag_interface.h>
 #include <orlo/base/scene/import_tool.h>
 #include <orlo/base/scene/material.h>
 #include <orlo/base/scene/modifier.h>
+#include <orlo/base/scene/node.h>
 #include <orlo/base/scene/node_transform.h>
 #include <orlo/base/scene/object.h>
 #include <orlo/base/scene/object_modifier.h>

@@ -14,6 +14,7 @@
 #include <orlo/base/data/data_string.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
+#include <orlo/base/scene/node.h>
 #include <orlo/base/scene/node_transform.h>
 
 namespace Orlo {
@@ -40,6 +41,7 @@ void RegisterBaseLibrary() {
   Register<Point3ControllerFactory>();
   Register<Transform3ControllerFactory>();
   Register<NodeTransformFactory>();
+  Register<NodeFactory>();
   Register<DataFloatFactory>();
   Register<DataIntFactory>();
   Register<DataBoolFactory>();
