@@ -42,6 +42,7 @@
 #include <orlo/base/scene/export_tool.h>
 #include <orlo/base/scene/flag_interface.h>
 #include <orlo/base/scene/import_tool.h>
+#include <orlo/base/scene/main_scene.h>
 #include <orlo/base/scene/material.h>
 #include <orlo/base/scene/modifier.h>
 #include <orlo/base/scene/node.h>

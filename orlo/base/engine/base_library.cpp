@@ -14,6 +14,7 @@
 #include <orlo/base/data/data_string.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
+#include <orlo/base/scene/main_scene.h>
 #include <orlo/base/scene/node.h>
 #include <orlo/base/scene/node_transform.h>
 
@@ -42,6 +43,7 @@ void RegisterBaseLibrary() {
   Register<Transform3ControllerFactory>();
   Register<NodeTransformFactory>();
   Register<NodeFactory>();
+  Register<MainSceneFactory>();
   Register<DataFloatFactory>();
   Register<DataIntFactory>();
   Register<DataBoolFactory>();

@@ -36,6 +36,7 @@ const std::vector<Registration>& ExpectedRegistrations() {
       {"Transform3Controller", "Transform3Controller", BlockType(300, 48, 48)},
       {"NodeTransform", "NodeTransform", BlockType(110, 16, 48)},
       {"Node", "Node", BlockType(115, 16, 32)},
+      {"MainScene", "MainScene", BlockType(100, 16, 16)},
       {"DataFloat", "DataFloat", BlockType(200, 64, 64)},
       {"DataInt", "DataInt", BlockType(200, 64, 48)},
       {"DataBool", "DataBool", BlockType(200, 64, 32)},
