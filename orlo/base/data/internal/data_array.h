@@ -47,8 +47,8 @@ class DataArray : public Data {
 
   // ---- Storage ----
 
-  std::string GetName() const override { return m_name; }
-  void SetName(const std::string& name) override { m_name = name; }
+  std::string GetName() const override { return m_name.Get(); }
+  void SetName(const std::string& name) override { m_name = SharedName(name); }
   int GetSize() const override { return static_cast<int>(m_values.size()); }
   void SetSize(int size) override {
     m_values.resize(size > 0 ? static_cast<std::size_t>(size) : 0, m_default);
