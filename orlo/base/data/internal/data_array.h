@@ -59,7 +59,9 @@ class DataArray : public Data {
     if (index < 0 || index >= GetSize()) return;
     m_values.erase(m_values.begin() + index);
   }
-  void GetTimeInterval(TimeInterval& interval) const override { interval = interval & m_validity; }
+  // Stored values do not depend on time, so they stay valid forever: the interval is left as
+  // it is (narrowing it by the forever interval would change nothing).
+  void GetTimeInterval(TimeInterval&) const override {}
   Controller* GetController(int) const override { return nullptr; }
   void SetController(Controller*, int) override {}
 
@@ -133,8 +135,6 @@ class DataArray : public Data {
   // The elements; std::vector<bool> keeps booleans as a packed bit array.
   std::vector<T> m_values;
   T m_default;
-  // Forever at construction and never changed: stored values do not depend on time.
-  TimeInterval m_validity = TimeInterval::Forever();
 
  private:
   bool LoadValues(SceneLoad* load);
