@@ -40,6 +40,19 @@
 #include <orlo/base/controllers/point3_controller.h>
 #include <orlo/base/controllers/transform3_controller.h>
 
+#include <orlo/base/scene/export_tool.h>
+#include <orlo/base/scene/flag_interface.h>
+#include <orlo/base/scene/import_tool.h>
+#include <orlo/base/scene/main_scene.h>
+#include <orlo/base/scene/material.h>
+#include <orlo/base/scene/modifier.h>
+#include <orlo/base/scene/node.h>
+#include <orlo/base/scene/node_transform.h>
+#include <orlo/base/scene/object.h>
+#include <orlo/base/scene/object_modifier.h>
+#include <orlo/base/scene/texture.h>
+#include <orlo/base/scene/tool_block.h>
+
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>

@@ -18,6 +18,7 @@ class ScopedBlock {
 
   T* get() const { return m_block; }
   T* operator->() const { return m_block; }
+  T& operator*() const { return *m_block; }
 
  private:
   T* m_block;

@@ -14,6 +14,7 @@
 #include <string>
 
 #include <orlo/base/block/block.h>
+#include <orlo/base/data/internal/shared_name.h>
 #include <orlo/support/color.h>
 #include <orlo/support/point3.h>
 #include <orlo/support/time_interval.h>
@@ -92,7 +93,8 @@ class Data : public Block {
   Data& operator=(const Data&) = default;
 
   int m_parameter_id;
-  std::string m_name;
+  // Shared with every value of the same name: see SharedName.
+  internal::SharedName m_name;
 };
 
 }  // namespace Orlo

@@ -14,6 +14,9 @@
 #include <orlo/base/data/data_string.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
+#include <orlo/base/scene/main_scene.h>
+#include <orlo/base/scene/node.h>
+#include <orlo/base/scene/node_transform.h>
 
 namespace Orlo {
 
@@ -38,6 +41,9 @@ void RegisterBaseLibrary() {
   Register<BezierControllerFactory>();
   Register<Point3ControllerFactory>();
   Register<Transform3ControllerFactory>();
+  Register<NodeTransformFactory>();
+  Register<NodeFactory>();
+  Register<MainSceneFactory>();
   Register<DataFloatFactory>();
   Register<DataIntFactory>();
   Register<DataBoolFactory>();

@@ -16,6 +16,7 @@
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/scene_engine.h>
+#include <orlo/base/scene/node.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
@@ -46,6 +47,9 @@ Block* FilledBlock(BlockFactory* factory) {
   } else if (auto* value = dynamic_cast<DataFloat*>(block)) {
     value->SetSize(4);
     value->SetValue(3.25, 0, 3);
+  } else if (auto* node = dynamic_cast<Node*>(block)) {
+    node->SetName("a node with a name");
+    node->SetNodeColor(Color(0.5f, 0.25f, 0.125f));
   }
   return block;
 }
@@ -89,8 +93,8 @@ TEST_F(HostilePayloadTest, EveryBasePayloadCutShortAtAnyByteLoadsSafely) {
     }
   }
   // Every class was tried, each with a payload of some substance.
-  EXPECT_GE(SceneEngine::GetNumBlockFactories(), 11u);
-  EXPECT_GT(loads, 11u * 28u);
+  EXPECT_GE(SceneEngine::GetNumBlockFactories(), 14u);
+  EXPECT_GT(loads, 14u * 28u);
 }
 
 TEST_F(HostilePayloadTest, EveryBasePayloadWithAnyByteChangedLoadsSafely) {

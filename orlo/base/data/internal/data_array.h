@@ -49,8 +49,8 @@ class DataArray : public Data {
 
   // ---- Storage ----
 
-  std::string GetName() const override { return m_name; }
-  void SetName(const std::string& name) override { m_name = name; }
+  std::string GetName() const override { return m_name.Get(); }
+  void SetName(const std::string& name) override { m_name = SharedName(name); }
   int GetSize() const override { return static_cast<int>(m_values.size()); }
   void SetSize(int size) override {
     m_values.resize(size > 0 ? static_cast<std::size_t>(size) : 0, m_default);
@@ -61,7 +61,9 @@ class DataArray : public Data {
     if (index < 0 || index >= GetSize()) return;
     m_values.erase(m_values.begin() + index);
   }
-  void GetTimeInterval(TimeInterval& interval) const override { interval = interval & m_validity; }
+  // Stored values do not depend on time, so they stay valid forever: the interval is left as
+  // it is (narrowing it by the forever interval would change nothing).
+  void GetTimeInterval(TimeInterval&) const override {}
   Controller* GetController(int) const override { return nullptr; }
   void SetController(Controller*, int) override {}
 
@@ -135,8 +137,6 @@ class DataArray : public Data {
   // The elements; std::vector<bool> keeps booleans as a packed bit array.
   std::vector<T> m_values;
   T m_default;
-  // Forever at construction and never changed: stored values do not depend on time.
-  TimeInterval m_validity = TimeInterval::Forever();
 
  private:
   // Requires: load is not null.
