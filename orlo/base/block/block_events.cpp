@@ -20,6 +20,7 @@
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_listener.h>
+#include <orlo/base/block/internal/irregular_links.h>
 #include <orlo/base/block/internal/walk_path.h>
 
 namespace Orlo {
@@ -80,6 +81,11 @@ std::uint64_t g_observer_generation = 1;
 std::uint64_t CurrentQuietStamp() {
   return (g_observer_generation << 1) & ((std::uint64_t{1} << 61) - 1);
 }
+
+// Whether back references may close a cycle. Links never do; only the irregular pairs that
+// deliberate rules leave behind can, so while there are none the walks up the dependants need
+// not ask whether a block is already on their path.
+bool MayCycle() { return !internal::IrregularLinks::Empty(); }
 
 // Restores the delivery state when a loop ends, also when a listener throws.
 class DeliveryScope {
@@ -195,7 +201,7 @@ bool Block::IsQuiet(Block* block) {
     }
     Block* dependant = top.block->m_dependants[top.next_dependant++];
     if (dependant == nullptr) continue;
-    const bool observed = dependant->ObservesEvents() || path.Contains(dependant) ||
+    const bool observed = dependant->ObservesEvents() || (MayCycle() && path.Contains(dependant)) ||
                           (known(dependant) && !quiet(dependant));
     if (observed) {
       for (const Frame& frame : stack) frame.block->m_quiet_stamp = current;
@@ -241,7 +247,7 @@ void Block::DeliverEvent(Block* sender, BlockEvent event) {
     if (top.next_dependant < block->m_dependants.size()) {
       ++pending.back().next_dependant;
       Block* dependant = block->m_dependants[top.next_dependant];
-      if (dependant == nullptr || DeliveryPath().Contains(dependant)) continue;
+      if (dependant == nullptr || (MayCycle() && DeliveryPath().Contains(dependant))) continue;
       const std::size_t queued_before = pending.size();
       g_queueing_block = dependant;
       dependant->ProcessEvent(top.event);
