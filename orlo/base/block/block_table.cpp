@@ -86,11 +86,16 @@ void BlockTable::PushBack(Block* block) {
   {
     MuteScope mute(this);
     const int index = NumDependencies();
-    Append(block);
     // Kept as is: the entry is appended before the link is made, so a block refused by the
     // cycle test stays in the list unlinked. The refusal is not reported. The unlinked entry
     // does not own its block; it is recorded so that it becomes null if the block goes.
-    if (!MakeDependencyByID(index, block).IsOk()) internal::IrregularLinks::Add(this, block);
+    // (The entry is linked from empty, so that a linked entry is an ordinary link rather than
+    // the same block set twice into one slot.)
+    Append(nullptr);
+    if (!MakeDependencyByID(index, block).IsOk()) {
+      SetDependency(index, block);
+      if (block != nullptr) internal::IrregularLinks::Add(this, block);
+    }
   }
   PostEvent(2, 0);
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <orlo/base/block/internal/irregular_links.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
@@ -90,6 +91,16 @@ TEST_F(BlockTableTest, PushBackLinksTheEntryAndPostsOneEvent) {
   EXPECT_TRUE(table->GetSendEvents());
 }
 
+TEST_F(BlockTableTest, ALinkedPushBackEntryIsAnOrdinaryLink) {
+  // Not the same block set twice into one slot: nothing is recorded as irregular, so no walk
+  // pays for it later.
+  TestBlock* a = NewBlock("a");
+  table->PushBack(a);
+  table->PushBack(a);
+  EXPECT_THAT(DependantsOf(a), ElementsAre(table, table));
+  EXPECT_TRUE(internal::IrregularLinks::Empty());
+}
+
 TEST_F(BlockTableTest, PushBackOfNullAppendsANullEntry) {
   table->PushBack(nullptr);
   EXPECT_THAT(Entries(*table), ElementsAre(nullptr));
@@ -101,6 +112,7 @@ TEST_F(BlockTableTest, PushBackOfABlockThatWouldCloseACycleKeepsItUnlinked) {
   table->PushBack(holder.Root());
   EXPECT_THAT(Entries(*table), ElementsAre(holder.Root()));
   EXPECT_THAT(DependantsOf(holder.Root()), ElementsAre());
+  EXPECT_TRUE(internal::IrregularLinks::Contains(table, holder.Root()));
   ASSERT_EQ(listener.events.size(), 1u);
   table->SetDependency(0, nullptr);  // the unlinked entry must not be released
 }
