@@ -1,9 +1,15 @@
 #include <orlo/base/block/block.h>
 
 #include <algorithm>
+#include <cassert>
+#include <limits>
+#include <unordered_map>
 
+#include <orlo/base/block/internal/irregular_links.h>
 #include <orlo/base/block/internal/release_guard.h>
+#include <orlo/base/block/internal/saturating.h>
 #include <orlo/base/block/internal/saved_slots.h>
+#include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -62,57 +68,188 @@ void Block::ActionEnd(int, int) {}
 
 void Block::Update(int) {}
 
+// ---- Copying and destruction ----
+
+Block::Block(const Block& other)
+    : m_data(other.m_data),
+      m_dependants(other.m_dependants),
+      m_listeners(other.m_listeners),
+      m_send_events(other.m_send_events),
+      m_id(other.m_id),
+      m_saved(other.m_saved) {
+  // The copied dependants hold the copy in no slot: each of them is recorded, so that it never
+  // outlives the copy's knowledge of it.
+  for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
+  // The copy's dependants may change what the blocks below it can observe.
+  ForgetQuietAnswers();
+}
+
+Block& Block::operator=(const Block& other) {
+  if (this == &other) return *this;
+  m_data = other.m_data;
+  m_dependants = other.m_dependants;
+  m_listeners = other.m_listeners;
+  m_send_events = other.m_send_events;
+  m_id = other.m_id;
+  m_saved = other.m_saved;
+  for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
+  m_quiet_stamp = 0;
+  ForgetQuietAnswers();
+  return *this;
+}
+
+Block::~Block() {
+  // Blocks are destroyed through the release path, which has already made the other blocks of
+  // irregular pairs forget this one; this covers a host that calls DeleteThis itself.
+  if (!internal::IrregularLinks::Empty()) ForgetIrregularLinks(this, nullptr);
+}
+
 // ---- Reachability ----
+
+namespace {
+
+// Whether one of `holder`'s slots holds `held`.
+bool HoldsInSlot(const Block* holder, const Block* held) {
+  const int num_slots = holder->NumDependencies();
+  for (int i = 0; i < num_slots; ++i) {
+    if (holder->GetDependency(i) == held) return true;
+  }
+  return false;
+}
+
+int CountSlotsHolding(const Block* holder, const Block* held) {
+  int count = 0;
+  const int num_slots = holder->NumDependencies();
+  for (int i = 0; i < num_slots; ++i) {
+    if (holder->GetDependency(i) == held) ++count;
+  }
+  return count;
+}
+
+// The number of paths from `top` down to `target`, never descending below `target` nor into a
+// block already on the current path; saturates at the largest uint64.
+std::uint64_t CountPathsDown(const Block* top, const Block* target) {
+  // Depth first in slot order with one memo per block: a block's count is the sum of its
+  // slots' counts, so every block is expanded once however many paths lead through it. A
+  // cycle left by raw slot stores contributes nothing where it closes; on an acyclic graph
+  // this is exactly the number of paths.
+  struct Frame {
+    const Block* block;
+    int next_slot;
+    std::uint64_t paths;
+  };
+  std::unordered_map<const Block*, std::uint64_t> memo;
+  std::vector<Frame> stack;
+  internal::WalkPath path;
+  stack.push_back({top, 0, 0});
+  path.Push(top);
+  std::uint64_t result = 0;
+  while (!stack.empty()) {
+    Frame& frame = stack.back();
+    if (frame.next_slot >= frame.block->NumDependencies()) {
+      const Frame done = frame;
+      stack.pop_back();
+      path.Pop();
+      memo[done.block] = done.paths;
+      if (stack.empty()) {
+        result = done.paths;
+      } else {
+        stack.back().paths = internal::SaturatingAdd(stack.back().paths, done.paths);
+      }
+      continue;
+    }
+    const Block* dependency = frame.block->GetDependency(frame.next_slot++);
+    if (dependency == nullptr) continue;
+    if (dependency == target) {
+      frame.paths = internal::SaturatingAdd(frame.paths, 1);
+      continue;
+    }
+    auto known = memo.find(dependency);
+    if (known != memo.end()) {
+      frame.paths = internal::SaturatingAdd(frame.paths, known->second);
+      continue;
+    }
+    if (path.Contains(dependency)) continue;
+    stack.push_back({dependency, 0, 0});
+    path.Push(dependency);
+  }
+  return result;
+}
+
+}  // namespace
 
 void Block::TestDependant(Block* target, int& count) const {
   // A block without slots (a fresh one, most often) has no path down: nothing to walk.
   if (target == nullptr || NumDependencies() == 0) return;
-  // Depth first in slot order, counting paths rather than blocks. The walk never descends
-  // below the target, nor into a block already on the current path, so a cycle left by raw
-  // slot stores cannot make it loop; on an acyclic graph neither rule changes the count.
-  struct Frame {
-    const Block* block;
-    int num_slots;
-    int next_slot;
-  };
-  std::vector<Frame> stack;
-  internal::WalkPath path;
-  stack.push_back({this, NumDependencies(), 0});
-  path.Push(this);
-  while (!stack.empty()) {
-    Frame& top = stack.back();
-    if (top.next_slot >= top.num_slots) {
-      stack.pop_back();
-      path.Pop();
-      continue;
-    }
-    Block* dependency = top.block->GetDependency(top.next_slot++);
-    if (dependency == nullptr) continue;
-    if (dependency == target) {
-      ++count;
-      continue;
-    }
-    if (path.Contains(dependency)) continue;
-    stack.push_back({dependency, dependency->NumDependencies(), 0});
-    path.Push(dependency);
+  const std::uint64_t paths = CountPathsDown(this, target);
+  const std::uint64_t room =
+      static_cast<std::uint64_t>(std::numeric_limits<int>::max() - std::max(count, 0));
+  count += static_cast<int>(std::min(paths, room));
+}
+
+bool Block::Reaches(const Block* top, const Block* target) {
+  if (top->NumDependencies() == 0) return false;
+  if (target->m_dependants.empty() && internal::IrregularLinks::HoldersOf(target) == nullptr) {
+    return false;
   }
+  // Two searches take turns, one block at a time: down from `top` through the slots, and up
+  // from `target` through the blocks that hold it. The first to run out of blocks answers no,
+  // so the test costs no more than twice the smaller side of the graph around the link.
+  std::vector<const Block*> down{top};
+  std::vector<const Block*> up{target};
+  internal::VisitedSet seen_down;
+  internal::VisitedSet seen_up;
+  seen_down.Insert(top);
+  seen_up.Insert(target);
+  while (!down.empty() && !up.empty()) {
+    const Block* lower = down.back();
+    down.pop_back();
+    const int num_slots = lower->NumDependencies();
+    for (int i = 0; i < num_slots; ++i) {
+      const Block* dependency = lower->GetDependency(i);
+      if (dependency == nullptr) continue;
+      if (dependency == target) return true;
+      if (seen_down.Insert(dependency)) down.push_back(dependency);
+    }
+
+    const Block* upper = up.back();
+    up.pop_back();
+    // Going up, a back reference counts only where a slot really holds the block: the pairs
+    // that deliberate rules made irregular are checked against the holder's slots.
+    auto climb = [&](const Block* holder) {
+      if (holder == nullptr || seen_up.Contains(holder)) return false;
+      if (internal::IrregularLinks::Contains(holder, upper) && !HoldsInSlot(holder, upper)) {
+        return false;
+      }
+      if (holder == top) return true;
+      seen_up.Insert(holder);
+      up.push_back(holder);
+      return false;
+    };
+    for (const Block* dependant : upper->m_dependants) {
+      if (climb(dependant)) return true;
+    }
+    if (const std::vector<Block*>* holders = internal::IrregularLinks::HoldersOf(upper)) {
+      for (const Block* holder : *holders) {
+        if (climb(holder)) return true;
+      }
+    }
+  }
+  return false;
 }
 
 bool Block::OkToSetAsDependency(Block* block) {
   if (block == this) return false;
   if (block == nullptr) return true;
-  int count = 0;
-  block->TestDependant(this, count);
-  return count == 0;
+  return !Reaches(block, this);
 }
 
 bool Block::MakeDependant(int, Block* dependant) {
-  if (dependant != nullptr) {
-    int count = 0;
-    TestDependant(dependant, count);
-    if (count != 0) return false;
-  }
+  if (dependant != nullptr && Reaches(this, dependant)) return false;
   m_dependants.push_back(dependant);
+  // A back reference made on its own has no slot behind it.
+  internal::IrregularLinks::Add(dependant, this);
+  NoteNewDependant(this, dependant);
   return true;
 }
 
@@ -134,18 +271,20 @@ Status Block::MakeDependencyByID(int index, Block* block) {
     result.Set(Status::kFailed, kIndexOutOfRange);
     return result;
   }
-  int count = 0;
-  block->TestDependant(this, count);
-  if (count != 0) {
+  if (Reaches(block, this)) {
     result.Set(Status::kInvalidArgument, kCyclicDependency);
     return result;
   }
   Block* old = GetDependency(index);
   // The cycle test above is the one MakeDependant would repeat; it cannot fail now.
   block->m_dependants.push_back(this);
-  // Setting the same block again leaves a second back reference on purpose: existing scenes
-  // count on a block surviving the release of one of two identical links.
-  if (old != nullptr && old != block) {
+  NoteNewDependant(block, this);
+  if (old == block) {
+    // Kept as is: setting the same block again leaves a second back reference, and existing
+    // scenes count on a block surviving the release of one of two identical links. The extra
+    // reference is recorded so that it goes when this block does.
+    internal::IrregularLinks::Add(this, block);
+  } else if (old != nullptr) {
     internal::ReleaseGuard running(this);
     old->EraseDependantFromTable(this);
   }
@@ -188,25 +327,47 @@ bool Block::ReplaceDependency(Block* old_block, Block* new_block) {
   return false;
 }
 
-bool Block::RemoveDependantEntries(Block* dependant) {
+Block::Removal Block::RemoveDependantEntries(Block* dependant) {
   // Kept as is: after removing an entry the walk steps over the entry that followed it, so of
   // two adjacent equal entries only the first goes in one call. A block linked twice through
   // the same slot survives the release of that slot, and existing scenes rely on it.
-  for (std::size_t i = 0; i < m_dependants.size();) {
-    if (m_dependants[i] == dependant) {
-      m_dependants.erase(m_dependants.begin() + static_cast<std::ptrdiff_t>(i));
-      i += 1;
-    } else {
-      ++i;
-    }
+  // Stepping over can also take more entries than the dependant lets go of (three slots
+  // holding one block would lose two entries at the first release), so the walk never leaves
+  // fewer entries than the dependant's other slots still holding this block.
+  std::vector<std::size_t> taken;
+  std::size_t matching = 0;
+  for (std::size_t i = 0; i < m_dependants.size(); ++i) {
+    if (m_dependants[i] != dependant) continue;
+    ++matching;
+    if (taken.empty() || taken.back() + 1 != i) taken.push_back(i);
   }
-  return m_dependants.empty();
+  if (taken.empty()) return m_dependants.empty() ? Removal::kNeverHeld : Removal::kStillHeld;
+  if (taken.size() > 1) {
+    const std::size_t still_held =
+        static_cast<std::size_t>(std::max(CountSlotsHolding(dependant, this) - 1, 0));
+    const std::size_t may_take = matching > still_held ? matching - still_held : 1;
+    if (taken.size() > may_take) taken.resize(may_take);
+  }
+  for (std::size_t i = taken.size(); i > 0; --i) {
+    m_dependants.erase(m_dependants.begin() + static_cast<std::ptrdiff_t>(taken[i - 1]));
+  }
+  return m_dependants.empty() ? Removal::kLostLast : Removal::kStillHeld;
+}
+
+bool Block::ShouldRelease(Block* dependant, Removal removal) const {
+  if (removal == Removal::kStillHeld) return false;
+  // A slot that held this block without a back reference releases it as the last link would,
+  // but an entry left unlinked by a refused PushBack never owned its block: that block reaches
+  // the table, so letting the entry own it would also let it outlive everything.
+  if (removal == Removal::kNeverHeld && internal::IrregularLinks::Contains(dependant, this)) {
+    return false;
+  }
+  // A block whose own release of a slot led back to it is not destroyed there.
+  return !internal::IsReleaseGuarded(this);
 }
 
 bool Block::EraseDependantFromTable(Block* dependant) {
-  if (!RemoveDependantEntries(dependant)) return false;
-  // A block whose own release of a slot led back to it is not destroyed there.
-  if (internal::IsReleaseGuarded(this)) return false;
+  if (!ShouldRelease(dependant, RemoveDependantEntries(dependant))) return false;
   ReleaseUnreferenced(this);
   return true;
 }
@@ -215,21 +376,23 @@ void Block::ReleaseUnreferenced(Block* block) {
   // The release cascade, with an explicit stack. For each block: post code 1, release every
   // slot in order (the dependency first, then the raw store of null and the code-2 event),
   // then DeleteThis. A dependency whose last dependant goes is released completely before the
-  // next slot of its owner: the order a recursive release would follow.
+  // next slot of its owner: the order a recursive release would follow. A block that loses its
+  // last dependant only because a destroyed block's leftover reference goes is released after
+  // it, in the same loop.
   struct Frame {
     Block* block;
     int next_slot;
     bool finishing_slot;
   };
   std::vector<Frame> stack;
+  std::vector<Block*> orphans;
   internal::WalkPath releasing;
-  block->PostEvent(BlockEvent(block, 1, 0));
-  if (block->NumDependencies() == 0) {  // a leaf: nothing to release below it
-    block->DeleteThis();
-    return;
-  }
-  stack.push_back({block, 0, false});
-  releasing.Push(block);
+  auto start = [&](Block* unreferenced) {
+    unreferenced->PostEvent(BlockEvent(unreferenced, 1, 0));
+    stack.push_back({unreferenced, 0, false});
+    releasing.Push(unreferenced);
+  };
+  start(block);
   while (!stack.empty()) {
     Frame& top = stack.back();
     Block* owner = top.block;
@@ -241,7 +404,13 @@ void Block::ReleaseUnreferenced(Block* block) {
     if (top.next_slot >= owner->NumDependencies()) {
       stack.pop_back();
       releasing.Pop();
+      ForgetIrregularLinks(owner, &orphans);
       owner->DeleteThis();
+      while (!orphans.empty()) {
+        Block* orphan = orphans.back();
+        orphans.pop_back();
+        start(orphan);
+      }
       continue;
     }
     Block* dependency = owner->GetDependency(top.next_slot);
@@ -252,10 +421,34 @@ void Block::ReleaseUnreferenced(Block* block) {
     top.finishing_slot = true;
     // A block already being released (reached again through a raw slot) is not released twice.
     if (releasing.Contains(dependency)) continue;
-    if (dependency->RemoveDependantEntries(owner) && !internal::IsReleaseGuarded(dependency)) {
-      dependency->PostEvent(BlockEvent(dependency, 1, 0));
-      stack.push_back({dependency, 0, false});
-      releasing.Push(dependency);
+    if (dependency->ShouldRelease(owner, dependency->RemoveDependantEntries(owner))) {
+      start(dependency);
+    }
+  }
+}
+
+void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
+  if (internal::IrregularLinks::Empty()) return;
+  std::vector<Block*> held;
+  std::vector<Block*> holders;
+  internal::IrregularLinks::Forget(dying, held, holders);
+  for (Block* block : held) {
+    if (block == dying) continue;
+    // Every back reference to a block that is going dangles: drop them all.
+    std::vector<Block*>& dependants = block->m_dependants;
+    const std::size_t before = dependants.size();
+    dependants.erase(std::remove(dependants.begin(), dependants.end(), dying), dependants.end());
+    const bool lost_last = before != 0 && dependants.empty();
+    if (lost_last && orphans != nullptr && !internal::IsReleaseGuarded(block)) {
+      orphans->push_back(block);
+    }
+  }
+  for (Block* holder : holders) {
+    if (holder == dying) continue;
+    // Raw stores, as when a block is detached: the holder hears nothing.
+    const int num_slots = holder->NumDependencies();
+    for (int i = 0; i < num_slots; ++i) {
+      if (holder->GetDependency(i) == dying) holder->SetDependency(i, nullptr);
     }
   }
 }
@@ -276,7 +469,10 @@ void Block::DeleteThisBlock(bool delete_block) {
   RemoveFromDependants();
   if (!delete_block) return;
   if (SceneEngine* engine = SceneEngine::GetScene()) engine->BlockIsBeingDeleted(this);
+  std::vector<Block*> orphans;
+  ForgetIrregularLinks(this, &orphans);
   DeleteThis();
+  for (Block* orphan : orphans) ReleaseUnreferenced(orphan);
 }
 
 void Block::GetDependants(std::vector<Block*>& out) const {
@@ -290,6 +486,7 @@ Block* Block::GetParentBlock() const {
 // ---- The block's scene-file record ----
 
 int Block::SaveBlockInfo(SceneSave* save) {
+  assert(save != nullptr);
   const BlockType type = GetBlockType();
   save->BeginChunk(kBlockInfoChunk);
   save->WriteUInt32(type.class_id);
@@ -301,6 +498,7 @@ int Block::SaveBlockInfo(SceneSave* save) {
 }
 
 int Block::SaveBlockDependencies(SceneSave* save) {
+  assert(save != nullptr);
   const int num_slots = NumDependencies();
   save->BeginChunk(kBlockDependenciesChunk);
   save->WriteInt32(num_slots);
@@ -313,6 +511,7 @@ int Block::SaveBlockDependencies(SceneSave* save) {
 }
 
 int Block::LoadBlockDependencies(SceneLoad* load, BlockLoadData* record) {
+  assert(load != nullptr && record != nullptr);
   if (load->OpenChunk() != SceneLoad::kChunkOpened) return 0;
   if (load->CurChunkID() == kBlockDependenciesChunk) {
     std::int32_t count = 0;

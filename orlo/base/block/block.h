@@ -13,7 +13,14 @@
 // event delivery and the shared chunks of a block's scene-file record.
 //
 // Every walk over the graph uses an explicit work stack, so chains of any depth are linked,
-// tested, notified and released without deep recursion.
+// tested, notified and released without deep recursion. The cycle test searches the smaller side
+// of the graph, from the would-be dependency down or from the would-be dependant up, and never
+// counts paths one by one.
+//
+// A block is destroyed exactly when the last link that holds it lets go. Deliberate rules can
+// leave a back reference without a slot (a block set twice into one slot) or a slot without a
+// back reference (a refused BlockTable::PushBack); such a leftover never outlives either block,
+// so nothing in the graph ever points at a destroyed block.
 #pragma once
 
 #include <cstdint>
@@ -42,10 +49,12 @@ class Block {
   Block() = default;
   // Copies every field as it stands, both lists included: a copy starts with the same
   // dependants and listeners as its source. Callers that clone blocks fix the relations.
-  Block(const Block&) = default;
-  Block& operator=(const Block&) = default;
-  // Frees the two lists only; notifies nobody. Detaching is DeleteThisBlock's job.
-  virtual ~Block() = default;
+  Block(const Block& other);
+  Block& operator=(const Block& other);
+  // Notifies nobody; detaching is DeleteThisBlock's job. The one exception keeps the graph free
+  // of dangling pointers: a block that a deliberate rule left listed without a slot, or held in
+  // a slot without being listed, is forgotten by the other block of that pair.
+  virtual ~Block();
 
   // ---- Identity and slots: implemented by every concrete class ----
 
@@ -89,6 +98,12 @@ class Block {
   // Receives an event from a dependency or from the block itself. The default stamps this
   // block as the sender and posts the event on unchanged.
   virtual void ProcessEvent(BlockEvent event);
+  // Whether this block's ProcessEvent is the default relay above. A block that answers true and
+  // has no listeners cannot observe an event, so an event climbing the graph may pass over it,
+  // and over everything above it, when nothing up there observes events either: building and
+  // notifying long chains then stays linear. A class that overrides ProcessEvent must answer
+  // false, which is the default; a class answers true only when it knows it relays.
+  virtual bool RelaysEventsUnchanged() const;
 
   // ---- The dependency graph ----
 
@@ -123,7 +138,8 @@ class Block {
   void RemoveFromDependants();
   // Appends the dependants in list order, duplicates included; `out` is not cleared.
   void GetDependants(std::vector<Block*>& out) const;
-  // Adds to `count` the number of paths from this block down to `target`.
+  // Adds to `count` the number of paths from this block down to `target`, counted without
+  // walking the paths one by one; `count` saturates at the largest int instead of overflowing.
   void TestDependant(Block* target, int& count) const;
   // The oldest dependant, or null.
   Block* GetParentBlock() const;
@@ -141,12 +157,15 @@ class Block {
   // ---- The block's scene-file record ----
 
   // Chunk 0x0005: class id, super class id, sub id, number. Returns 0.
+  // Requires: save is not null.
   int SaveBlockInfo(SceneSave* save);
   // Chunk 0x0010: the slot count, then the number of the block in each slot (-1 when
   // empty). Returns 0.
+  // Requires: save is not null.
   int SaveBlockDependencies(SceneSave* save);
   // Reads chunk 0x0010 into the record's dependency numbers; skips a chunk of another id.
   // Returns 0.
+  // Requires: load and record are not null.
   int LoadBlockDependencies(SceneLoad* load, BlockLoadData* record);
 
   // ---- Events and listeners ----
@@ -191,14 +210,35 @@ class Block {
   std::string GetStringAttribute(int id, int time, int index, Status* status);
 
  private:
-  // Removes the entries equal to `dependant`; true when the list became empty.
-  bool RemoveDependantEntries(Block* dependant);
+  enum class Removal {
+    kStillHeld,  // dependants remain
+    kLostLast,   // the last back reference went
+    kNeverHeld,  // the slot letting go had no back reference, and no dependant remains
+  };
+  // Removes `dependant`'s back references as one of its slots lets go of this block.
+  Removal RemoveDependantEntries(Block* dependant);
+  // Whether a block that `dependant` let go of, with that result, is released now.
+  bool ShouldRelease(Block* dependant, Removal removal) const;
+  // Whether `target` can be reached from `top` going down through the slots.
+  static bool Reaches(const Block* top, const Block* target);
   // Releases a block that has just lost its last dependant, and everything only it kept.
   static void ReleaseUnreferenced(Block* block);
+  // Makes the other block of every irregular pair forget `dying`, which is about to be
+  // destroyed. Blocks that this leaves without a dependant go into `orphans` when it is given.
+  static void ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans);
   // The end of releasing slot `index`: the raw store of null and the code-2 event.
   void FinishSlotRelease(int index);
   // Delivers `event` from `sender` to its listeners and up through its dependants.
   static void DeliverEvent(Block* sender, BlockEvent event);
+  // Whether nothing above `block` can observe an event: every block up there relays events
+  // unchanged and has no listener. Answers are kept until the graph may have changed that.
+  static bool IsQuiet(Block* block);
+  // Whether an event reaching this block can be seen: it has listeners or translates events.
+  bool ObservesEvents() const;
+  // Called when `dependant` has become one of `held`'s dependants.
+  static void NoteNewDependant(Block* held, Block* dependant);
+  // Drops every kept answer of IsQuiet.
+  static void ForgetQuietAnswers();
 
   // Opaque pointer for the host; never read by the library.
   void* m_data = nullptr;
@@ -209,6 +249,9 @@ class Block {
   bool m_send_events = true;
   std::uint32_t m_id = kNoID;
   int m_saved = 0;
+  // The last answer of IsQuiet in the low bit, and above it the generation of the graph's
+  // observers it was given in; an answer of an older generation is computed again.
+  std::uint64_t m_quiet_stamp = 0;
 };
 
 }  // namespace Orlo

@@ -14,9 +14,11 @@
 // later instead is not safe: a block that announces its release (code 1) is deleted right
 // after it posts.
 #include <algorithm>
+#include <cstdint>
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_listener.h>
+#include <orlo/base/block/internal/walk_path.h>
 
 namespace Orlo {
 
@@ -38,6 +40,10 @@ std::vector<Delivery>& PendingDeliveries() {
 
 // The dependant whose ProcessEvent the innermost delivery loop is calling, or null.
 Block* g_queueing_block = nullptr;
+
+// The generation of the graph's observers: it moves on whenever a block may have gained an
+// observer above it, which makes every kept answer of IsQuiet stale.
+std::uint64_t g_observer_generation = 1;
 
 // Restores the delivery state when a loop ends, also when a listener throws.
 class DeliveryScope {
@@ -62,6 +68,7 @@ class DeliveryScope {
 
 void Block::AddBlockListener(BlockListener* listener) {
   if (std::find(m_listeners.begin(), m_listeners.end(), listener) != m_listeners.end()) return;
+  if (!ObservesEvents()) ForgetQuietAnswers();
   m_listeners.push_back(listener);
 }
 
@@ -77,6 +84,62 @@ void Block::ProcessEvent(int code, int param) { ProcessEvent(BlockEvent(this, co
 void Block::ProcessEvent(BlockEvent event) {
   event.block = this;
   PostEvent(event);
+}
+
+bool Block::RelaysEventsUnchanged() const { return false; }
+
+bool Block::ObservesEvents() const { return !m_listeners.empty() || !RelaysEventsUnchanged(); }
+
+void Block::ForgetQuietAnswers() { ++g_observer_generation; }
+
+void Block::NoteNewDependant(Block* held, Block* dependant) {
+  if (dependant == nullptr) return;
+  if (!dependant->ObservesEvents() && IsQuiet(dependant)) return;  // still nothing to observe
+  // `held` and everything below it may now have an observer above. Nothing below a block known
+  // to have one can have been found quiet, so that case needs no fresh answers.
+  const std::uint64_t current = g_observer_generation << 1;
+  if (held->m_quiet_stamp == current) return;
+  ForgetQuietAnswers();
+}
+
+bool Block::IsQuiet(Block* block) {
+  const std::uint64_t current = g_observer_generation << 1;
+  auto known = [current](const Block* b) {
+    return (b->m_quiet_stamp & ~std::uint64_t{1}) == current;
+  };
+  auto quiet = [](const Block* b) { return (b->m_quiet_stamp & 1) != 0; };
+  if (known(block)) return quiet(block);
+  // Up through the dependants, depth first. The first block found to observe (or to close a
+  // cycle of back references, taken as observing to be safe) makes every block on the current
+  // path not quiet; a block whose dependants are all quiet is quiet.
+  struct Frame {
+    Block* block;
+    std::size_t next_dependant;
+  };
+  std::vector<Frame> stack{{block, 0}};
+  internal::WalkPath path;
+  path.Push(block);
+  while (!stack.empty()) {
+    Frame& top = stack.back();
+    if (top.next_dependant >= top.block->m_dependants.size()) {
+      top.block->m_quiet_stamp = current | 1;
+      stack.pop_back();
+      path.Pop();
+      continue;
+    }
+    Block* dependant = top.block->m_dependants[top.next_dependant++];
+    if (dependant == nullptr) continue;
+    const bool observed = dependant->ObservesEvents() || path.Contains(dependant) ||
+                          (known(dependant) && !quiet(dependant));
+    if (observed) {
+      for (const Frame& frame : stack) frame.block->m_quiet_stamp = current;
+      return false;
+    }
+    if (known(dependant)) continue;
+    stack.push_back({dependant, 0});
+    path.Push(dependant);
+  }
+  return true;
 }
 
 void Block::PostEvent(BlockEvent event) {
@@ -101,6 +164,11 @@ void Block::DeliverEvent(Block* sender, BlockEvent event) {
     if (top.next_listener < block->m_listeners.size()) {
       ++pending.back().next_listener;
       block->m_listeners[top.next_listener]->OnBlockEvent(top.event);
+      continue;
+    }
+    // Nothing above a quiet block can tell whether the event climbed: it stops here.
+    if (top.next_dependant == 0 && !block->m_dependants.empty() && IsQuiet(block)) {
+      pending.pop_back();
       continue;
     }
     if (top.next_dependant < block->m_dependants.size()) {

@@ -1,9 +1,12 @@
 #include <orlo/base/block/block_table.h>
 
 #include <cassert>
+#include <typeinfo>
 
+#include <orlo/base/block/internal/irregular_links.h>
 #include <orlo/base/block/internal/release_guard.h>
 #include <orlo/base/block/internal/saved_slots.h>
+#include <orlo/base/block/internal/walk_path.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
 
@@ -83,8 +86,9 @@ void BlockTable::PushBack(Block* block) {
     const int index = NumDependencies();
     Append(block);
     // Kept as is: the entry is appended before the link is made, so a block refused by the
-    // cycle test stays in the list unlinked. The refusal is not reported.
-    (void)MakeDependencyByID(index, block);
+    // cycle test stays in the list unlinked. The refusal is not reported. The unlinked entry
+    // does not own its block; it is recorded so that it becomes null if the block goes.
+    if (!MakeDependencyByID(index, block).IsOk()) internal::IrregularLinks::Add(this, block);
   }
   PostEvent(2, 0);
 }
@@ -165,17 +169,71 @@ void BlockTable::SetNumBlocks(int count) {
   }
 }
 
+bool BlockTable::RelaysEventsUnchanged() const { return typeid(*this) == typeid(BlockTable); }
+
+namespace {
+
+// Whether `block` is a table whose Clone is BlockTable's own.
+BlockTable* AsPlainTable(Block* block) {
+  return typeid(*block) == typeid(BlockTable) ? static_cast<BlockTable*>(block) : nullptr;
+}
+
+// Links a cloned entry into its copy's slot. A clone that the copy cannot take has no other
+// owner: it is released rather than leaked.
+void TakeClone(BlockTable* copy, int index, Block* clone) {
+  if (clone == nullptr || copy->SetBlock(index, clone).IsOk()) return;
+  std::vector<Block*> dependants;
+  clone->GetDependants(dependants);
+  if (dependants.empty()) clone->DeleteThisBlock(true);
+}
+
+}  // namespace
+
 Block* BlockTable::Clone() {
-  auto* copy = new BlockTable(true);
-  copy->SetNumBlocks(NumDependencies());
-  for (int i = 0; i < NumDependencies(); ++i) {
+  // The deep copy, entry by entry in order, with an explicit stack for the tables nested in
+  // the table, so that a chain of tables of any depth is copied without deep recursion. Each
+  // nested copy is linked into its slot first and filled afterwards; the other entries are
+  // cloned in the same order as a recursive copy would clone them. A table that holds itself,
+  // or a table above it, as an unlinked entry would be copied forever: that entry stays null.
+  struct Frame {
+    const BlockTable* source;
+    BlockTable* copy;
+    int next_entry;
+  };
+  auto* root = new BlockTable(true);
+  root->SetNumBlocks(NumDependencies());
+  std::vector<Frame> stack{{this, root, 0}};
+  internal::WalkPath path;
+  path.Push(this);
+  while (!stack.empty()) {
+    Frame& top = stack.back();
+    if (top.next_entry >= top.source->NumDependencies() ||
+        top.next_entry >= top.copy->NumDependencies()) {
+      stack.pop_back();
+      path.Pop();
+      continue;
+    }
+    const int index = top.next_entry++;
+    BlockTable* copy = top.copy;
     // Every entry should be present when a table is cloned; a null one stays null.
-    if (Block* entry = GetBlock(i)) (void)copy->SetBlock(i, entry->Clone());
+    Block* entry = top.source->GetBlock(index);
+    if (entry == nullptr || path.Contains(entry)) continue;
+    BlockTable* nested = AsPlainTable(entry);
+    if (nested == nullptr) {
+      TakeClone(copy, index, entry->Clone());
+      continue;
+    }
+    auto* nested_copy = new BlockTable(true);
+    nested_copy->SetNumBlocks(nested->NumDependencies());
+    TakeClone(copy, index, nested_copy);
+    stack.push_back({nested, nested_copy, 0});
+    path.Push(nested);
   }
-  return copy;
+  return root;
 }
 
 int BlockTable::Save(SceneSave* save) {
+  assert(save != nullptr);
   save->BeginChunk(kCountChunk);
   save->WriteInt32(NumDependencies());
   save->EndChunk();
@@ -183,6 +241,7 @@ int BlockTable::Save(SceneSave* save) {
 }
 
 int BlockTable::Load(SceneLoad* load) {
+  assert(load != nullptr);
   int result = SceneLoad::kError;
   while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     std::size_t count = 0;

@@ -37,10 +37,15 @@ class BlockTable : public Block {
   Block* GetDependency(int index) const override;
   // The class name of the entry, or "no_dependency" outside the entries.
   std::string GetDependencyName(int index) const override;
-  // A deep copy: every entry is cloned and the clones become the new table's entries.
+  // A deep copy: every entry is cloned and the clones become the new table's entries. An entry
+  // that is the table itself, or a table it is nested in, stays null in the copy.
   Block* Clone() override;
+  // True for a plain table: its events are relayed unchanged.
+  bool RelaysEventsUnchanged() const override;
   // Chunk 0x0005 with the number of entries; the entries travel as the block's dependencies.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
 
