@@ -24,6 +24,8 @@
 #include <vector>
 
 #include <orlo/base/engine/block_load_data.h>
+#include <orlo/support/matrix3.h>
+#include <orlo/support/point3.h>
 #include <orlo/support/status.h>
 
 namespace Orlo {
@@ -34,6 +36,7 @@ class BlockFactory;
 class BlockListener;
 class MainScene;
 class Node;
+class Object;
 class SceneSave;
 class StateRecorder;
 
@@ -177,6 +180,48 @@ class SceneEngine {
   // Writes `block`'s record and then, in slot order, those of the blocks below it that are not
   // written yet. False only when `block`'s own Save fails; its record is then left open.
   bool SaveBlock(Block* block, SceneSave* save);
+
+
+  // ---- Node editing ----
+  // New and duplicated nodes always go directly under the main node; searches cover only the
+  // nodes below it. Every walk of the hierarchy keeps an explicit stack. The operations that
+  // add nodes require a main scene.
+
+  // A new node named `name` (null reads as ""), with its parameter table, children table and
+  // transform, placed by `matrix` (or moved to `position`) at time 0, added under the main
+  // node. The object forms also attach `object` when it is not null.
+  Node* CreateEmptyNode(Matrix3<double> matrix, const char* name);
+  Node* CreateEmptyNode(Point3<double> position, const char* name);
+  Node* CreateObjectNode(Object* object, Matrix3<double> matrix, const char* name);
+  Node* CreateObjectNode(Object* object, Point3<double> position, const char* name);
+
+  // Detaches `node` from its parent and deletes it with everything only it held. False, and
+  // nothing changes, for null, for the main node and for a node that is not below the main
+  // node.
+  bool DeleteNode(Node* node);
+  // The status of parent->AddChild(child). A null parent gives code 3, "SceneEngine::SetParent
+  // : parent_node parameter is not valid.".
+  Status SetParent(Node* parent, Node* child);
+  // Sets the parent pointer of every node below `node` to the node whose children table holds
+  // it (a scene file keeps only the children tables).
+  void SetParentPointer(Node* node);
+  // Whether `node` is below the main node. False for null and, deliberately, for the main
+  // node itself.
+  bool DoesNodeExistsInScene(Node* node);
+  // Appends every node below `node` in pre-order (each child, then its descendants, children in
+  // index order), `node` itself excluded; `out` is not cleared. Nothing for a null node.
+  void GetAllChildrenNodes(Node* node, std::vector<Node*>& out);
+  // The first node below the main node, in pre-order, whose name equals `name` byte for byte;
+  // null when none does.
+  Node* GetNodeByName(std::string name);
+  // A copy of `source` under the main node (not beside its source), with the same name, a
+  // clone of its transform and parameter table and, when `instance` is true, the same object
+  // and material as the source (clones of them otherwise). The source's children are not
+  // copied. Null for a null source.
+  Node* DuplicateNode(Node* source, bool instance);
+  // Resizes `out` to the number of `nodes` and sets entry i to the duplicate of entry i.
+  // Always code 0.
+  Status DuplicateNodes(std::vector<Node*> nodes, std::vector<Node*>& out, bool instance);
 
  private:
   // The selected nodes, in selection order; not owning.
