@@ -223,6 +223,48 @@ class SceneEngine {
   // Always code 0.
   Status DuplicateNodes(std::vector<Node*> nodes, std::vector<Node*>& out, bool instance);
 
+  // ---- Selection and evaluation ----
+
+  // Clears the selected flag of the selected nodes, changes the selection by `mode` and sets
+  // the flag of the nodes selected then. Mode 0 replaces the selection by `nodes`, 1 appends
+  // them (a node given again is selected twice), 2 removes every entry equal to one of them
+  // (the order of the rest is kept); any other mode keeps the selection.
+  void SelectNodes(std::vector<Node*>& nodes, int mode);
+  unsigned GetNumSelectedNodes() const;
+  // Entry `index` of the selection, or null when `index` is not below the count.
+  Node* GetSelectedNode(unsigned index) const;
+
+  // Builds the object of `node`, then of each node below it in pre-order; a node's child count
+  // is read again after each child. Nothing for a null node.
+  void EvaluateNode(Node* node, int time);
+  // EvaluateNode of the main node (nothing without a scene); the flag is not used.
+  void EvaluateScene(int time, bool unused);
+  // Lists the nodes below the main node first, then builds each listed node's object in list
+  // order.
+  void ReevaluateAllNodes(int time);
+
+  // A node of the scene and its absolute matrix at a time.
+  struct NodeMatrix {
+    Node* node;
+    Matrix3<double> matrix;
+  };
+  // Appends the main node and then every node below it in pre-order, each with its absolute
+  // matrix at `time`, equal bit for bit to the node's GetAbsoluteTM(time). One top-down pass:
+  // each node's own matrix is evaluated once and multiplied by its parent's entry, so the
+  // whole scene costs one evaluation per node, where GetAbsoluteTM per node climbs to the root
+  // each time. `out` is not cleared; nothing is appended without a scene.
+  void GetAbsoluteTMs(int time, std::vector<NodeMatrix>& out);
+
+  // Refreshes every parameter table of the scene: UpdateDataTables(GetMainScene()), nothing
+  // without a scene.
+  void UpdateDataTables();
+  // Calls UpdateDataTable(false) on `block` and then, in pre-order, on every block below it
+  // (the slots below the count read before each block's own refresh). A block reached along
+  // several paths is refreshed once per path, unless the paths outnumber the blocks sixteen
+  // times over (a deep chain of nodes, whose transforms each hold their parent's): each block
+  // is then refreshed once, at its first visit. Nothing for a null block.
+  void UpdateDataTables(Block* block);
+
  private:
   // The selected nodes, in selection order; not owning.
   std::vector<Node*> m_selected_nodes;
