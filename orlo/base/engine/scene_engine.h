@@ -265,6 +265,20 @@ class SceneEngine {
   // is then refreshed once, at its first visit. Nothing for a null block.
   void UpdateDataTables(Block* block);
 
+  // ---- Import and export ----
+  // The tool is the first registered one, in factory registration order, whose factory
+  // reports class id 100005 (import) or 100010 (export) and which lists the extension of
+  // `path` (from the last dot of the file name, compared in lower case). The engine runs its
+  // Execute and returns that status; it never deletes the tool it ran: a tool that is not kept
+  // in the scene (MainScene::AddSceneTool) releases itself at the end of its own Execute.
+  // Candidates that do not match are released at once. Without a match: code 2, "Couldn't find
+  // an ImportTool." or "Couldn't find an ExportTool.". A null path reads as "".
+
+  [[nodiscard]] Status ImportScene(const char* path);
+  [[nodiscard]] Status ImportScene(const std::string& path);
+  [[nodiscard]] Status ExportScene(const char* path);
+  [[nodiscard]] Status ExportScene(const std::string& path);
+
  private:
   // The selected nodes, in selection order; not owning.
   std::vector<Node*> m_selected_nodes;
