@@ -6,6 +6,7 @@
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_paths.h>
+#include <orlo/base/block/block_table.h>
 #include <orlo/base/block/internal/saturating.h>
 #include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/block/internal/walk_path.h>
@@ -93,26 +94,44 @@ void SceneEngine::GetAbsoluteTMs(int time, std::vector<NodeMatrix>& out) {
   // Each entry's matrix is computed once and then multiplied into its children's, in the
   // order and grouping Node::GetAbsoluteTM uses (own matrix on the left, the parent's
   // absolute matrix on the right), so the results are the same to the last bit.
-  out.push_back({main_node, main_node->GetAbsoluteTM(time)});
-  // The entries of the nodes on the current path, by depth: the parent's matrix is read from
-  // here while its children are visited.
-  std::vector<std::size_t> path_entries{out.size() - 1};
-  std::vector<Node*> path_nodes{main_node};
-  internal::ForEachNodeBelow(main_node, [&](Node* parent, Node* child) {
-    while (path_nodes.back() != parent) {
-      path_nodes.pop_back();
-      path_entries.pop_back();
+  //
+  // The walk is ForEachNodeBelow's (pre-order, explicit stack, no node entered twice on one
+  // path), written out so that each frame carries its node's entry and children table: this
+  // pass is meant for every frame of an animation, and the per-node overhead counts.
+  struct Frame {
+    Node* node;
+    const BlockTable* children;  // null when the node has none
+    std::size_t entry;           // the node's entry in `out`
+    int next_child;
+  };
+  std::vector<Frame> stack;
+  internal::WalkPath path;
+  auto enter = [&](Node* node, const Matrix3<double>& matrix) {
+    out.push_back({node, matrix});
+    stack.push_back({node, node->GetChildren(), out.size() - 1, 0});
+    path.Push(node);
+  };
+  enter(main_node, main_node->GetAbsoluteTM(time));
+  while (!stack.empty()) {
+    Frame& frame = stack.back();
+    // The count is read again at each step, as every walk of the hierarchy does.
+    if (frame.children == nullptr ||
+        frame.next_child >= static_cast<int>(frame.children->GetNumBlocks())) {
+      stack.pop_back();
+      path.Pop();
+      continue;
     }
+    auto* child = dynamic_cast<Node*>(frame.children->GetBlock(frame.next_child++));
+    if (child == nullptr || path.Contains(child)) continue;
     // GetAbsoluteTM follows the node's parent pointer. That is the node whose children table
     // holds it in every scene the engine and Node build; any other node is evaluated on its
     // own so that the result stays the one GetAbsoluteTM gives.
-    Matrix3<double> matrix = child->GetParent() == parent
-                                 ? LocalMatrix(child, time) * out[path_entries.back()].matrix
-                                 : child->GetAbsoluteTM(time);
-    out.push_back({child, matrix});
-    path_nodes.push_back(child);
-    path_entries.push_back(out.size() - 1);
-  });
+    if (child->GetParent() == frame.node) {
+      enter(child, LocalMatrix(child, time) * out[frame.entry].matrix);
+    } else {
+      enter(child, child->GetAbsoluteTM(time));
+    }
+  }
 }
 
 // ---- Parameter tables ----
