@@ -42,6 +42,42 @@ bool WriteBlockRecord(Block* block, SceneSave* save) {
   return true;
 }
 
+// Does in one walk what InitBlocks(root) followed by SetBlockIDs() does in two, and returns
+// the count. InitBlocks' walk marks each block with its position in the walk; that walk visits
+// the blocks in the pre-order, with the first-visit rule, in which SetBlockIDs then numbers
+// them, so the marks are the numbers: only the saved marks remain to be reset.
+int NumberForSaving(Block* root) {
+  struct Frame {
+    Block* block;
+    int next_slot;
+  };
+  std::vector<Block*> numbered;
+  std::vector<Frame> stack;
+  auto is_numbered = [&numbered](const Block* block) {
+    const std::uint32_t id = block->GetID();
+    return id < numbered.size() && numbered[id] == block;
+  };
+  auto number = [&numbered](Block* block) {
+    block->SetID(static_cast<std::uint32_t>(numbered.size()));
+    block->SetSaved(0);
+    numbered.push_back(block);
+  };
+  number(root);
+  stack.push_back({root, 0});
+  while (!stack.empty()) {
+    Frame& top = stack.back();
+    if (top.next_slot >= top.block->NumDependencies()) {
+      stack.pop_back();
+      continue;
+    }
+    Block* dependency = top.block->GetDependency(top.next_slot++);
+    if (dependency == nullptr || is_numbered(dependency)) continue;
+    number(dependency);
+    stack.push_back({dependency, 0});
+  }
+  return static_cast<int>(numbered.size());
+}
+
 }  // namespace
 
 Status SceneEngine::SaveScene(const std::string& path) { return SaveScene(path.c_str()); }
@@ -61,8 +97,8 @@ Status SceneEngine::SaveScene(const char* path) {
     (void)manager->AddDirectory(parent.empty() ? "." : parent.c_str());
   }
 
-  InitBlocks(m_main_scene);
-  SetBlockIDs();
+  // Every block reachable from the main scene gets its pre-order number, and no saved mark.
+  m_num_blocks = NumberForSaving(m_main_scene);
 
   save.BeginChunk(kSceneChunk);
   save.BeginChunk(kHeaderChunk);

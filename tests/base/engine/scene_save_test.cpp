@@ -259,6 +259,40 @@ TEST_F(EngineSaveTest, SavingRenumbersAfterTheSceneChanged) {
   EXPECT_EQ(count, static_cast<std::uint32_t>(engine.GetNumBlocks()));
 }
 
+TEST_F(EngineSaveTest, SavingNumbersAsInitBlocksThenSetBlockIDsDo) {
+  Node* a = new Node(true);
+  Node* b = new Node(true);
+  ASSERT_TRUE(engine.GetMainNode()->AddChild(a).IsOk());
+  ASSERT_TRUE(a->AddChild(b).IsOk());
+  auto* shared = new TestMaterial("shared");
+  ASSERT_TRUE(a->SetMaterial(shared).IsOk());
+  ASSERT_TRUE(b->SetMaterial(shared).IsOk());
+  std::set<Block*> seen;
+  std::vector<Block*> order;
+  PreOrder(engine.GetMainScene(), seen, order);
+  // Numbers and marks left from before, some equal to the positions the walk gives.
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    order[k]->SetID(static_cast<std::uint32_t>((k * 7) % order.size()));
+    order[k]->SetSaved(static_cast<int>(k % 3) - 1);
+  }
+
+  ASSERT_TRUE(engine.SaveScene(PathOf("renumbered.scene")).IsOk());
+  std::vector<std::uint32_t> saved_ids;
+  for (Block* block : order) saved_ids.push_back(block->GetID());
+  const int saved_count = engine.GetNumBlocks();
+
+  engine.InitBlocks(engine.GetMainScene());
+  for (Block* block : order) EXPECT_EQ(block->GetSaved(), 0);
+  engine.SetBlockIDs();
+  EXPECT_EQ(engine.GetNumBlocks(), saved_count);
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    EXPECT_EQ(order[k]->GetID(), saved_ids[k]);
+    EXPECT_EQ(order[k]->GetID(), k);
+  }
+  ASSERT_TRUE(engine.SaveScene(PathOf("clean.scene")).IsOk());
+  EXPECT_EQ(ReadFile(PathOf("renumbered.scene")), ReadFile(PathOf("clean.scene")));
+}
+
 TEST_F(EngineSaveTest, SavingMarksEveryBlockSavedAndRecordsThePath) {
   const std::string path = PathOf("marks.scene");
   ASSERT_TRUE(engine.SaveScene(path).IsOk());

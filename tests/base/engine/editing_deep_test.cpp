@@ -88,7 +88,7 @@ struct ChainScene {
 
 // One chain serves the tests that leave it as they found it: building and releasing it is what
 // costs.
-class DeepSceneTest : public ::testing::Test {
+class EditingDeepTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { s_scene = new ChainScene(); }
   static void TearDownTestSuite() {
@@ -108,9 +108,9 @@ class DeepSceneTest : public ::testing::Test {
   SceneEngine& engine = s_scene->engine;
 };
 
-ChainScene* DeepSceneTest::s_scene = nullptr;
+ChainScene* EditingDeepTest::s_scene = nullptr;
 
-TEST_F(DeepSceneTest, GetAllChildrenNodesListsTheWholeChainInOrder) {
+TEST_F(EditingDeepTest, GetAllChildrenNodesListsTheWholeChainInOrder) {
   std::vector<Node*> out;
   engine.GetAllChildrenNodes(engine.GetMainNode(), out);
   EXPECT_EQ(out, scene.nodes);
@@ -119,14 +119,14 @@ TEST_F(DeepSceneTest, GetAllChildrenNodesListsTheWholeChainInOrder) {
   EXPECT_EQ(out, scene.nodes);
 }
 
-TEST_F(DeepSceneTest, GetNodeByNameFindsTheDeepestNode) {
+TEST_F(EditingDeepTest, GetNodeByNameFindsTheDeepestNode) {
   EXPECT_EQ(engine.GetNodeByName("node_99999"), scene.nodes.back());
   EXPECT_EQ(engine.GetNodeByName("node_0"), scene.nodes.front());
   EXPECT_EQ(engine.GetNodeByName("node_100000"), nullptr);
   EXPECT_TRUE(engine.DoesNodeExistsInScene(scene.nodes.back()));
 }
 
-TEST_F(DeepSceneTest, EvaluationBuildsEveryNodeOnce) {
+TEST_F(EditingDeepTest, EvaluationBuildsEveryNodeOnce) {
   engine.EvaluateScene(0, false);
   EXPECT_EQ(scene.built, kDepth);
   engine.ReevaluateAllNodes(0);
@@ -135,7 +135,7 @@ TEST_F(DeepSceneTest, EvaluationBuildsEveryNodeOnce) {
   EXPECT_EQ(scene.built, 2 * kDepth + kDepth / 2);
 }
 
-TEST_F(DeepSceneTest, TheWholeScenePassEqualsGetAbsoluteTMBitForBit) {
+TEST_F(EditingDeepTest, TheWholeScenePassEqualsGetAbsoluteTMBitForBit) {
   std::vector<SceneEngine::NodeMatrix> out;
   engine.GetAbsoluteTMs(0, out);
   ASSERT_EQ(out.size(), static_cast<std::size_t>(kDepth) + 1);
@@ -151,13 +151,13 @@ TEST_F(DeepSceneTest, TheWholeScenePassEqualsGetAbsoluteTMBitForBit) {
   }
 }
 
-TEST_F(DeepSceneTest, SetParentPointerReachesTheDeepestNode) {
+TEST_F(EditingDeepTest, SetParentPointerReachesTheDeepestNode) {
   engine.SetParentPointer(engine.GetMainNode());
   EXPECT_EQ(scene.nodes.back()->GetParent(), scene.nodes[kDepth - 2]);
   EXPECT_EQ(scene.nodes.front()->GetParent(), engine.GetMainNode());
 }
 
-TEST_F(DeepSceneTest, UpdateDataTablesRefreshesEachBlockOnceOnADeepChain) {
+TEST_F(EditingDeepTest, UpdateDataTablesRefreshesEachBlockOnceOnADeepChain) {
   // Every transform holds its parent's, so the transform at depth d is reached along
   // kDepth - d paths: once per path would be about five billion refreshes. The refresh then
   // visits each block once, the deepest included.
@@ -177,7 +177,7 @@ TEST_F(DeepSceneTest, UpdateDataTablesRefreshesEachBlockOnceOnADeepChain) {
   ASSERT_TRUE(engine.GetMainNode()->SetMaterial(nullptr).IsOk());
 }
 
-TEST(DeepSceneEditTest, DeleteNodeReleasesADeepHalfOfTheChainAndThenTheRest) {
+TEST(EditingDeepDeleteTest, DeleteNodeReleasesADeepHalfOfTheChainAndThenTheRest) {
   ChainScene scene;
   SceneEngine::SetScene(&scene.engine);
   EXPECT_TRUE(scene.engine.DeleteNode(scene.nodes[kDepth / 2]));
