@@ -1,25 +1,54 @@
 // Defines SceneEngine, the object through which a host owns a scene, and the process-wide
-// statics every block relies on: the current engine, the block-kind predicates and the
-// registry of block factories.
+// statics every block relies on: the current engine, the undo recorder, the bitmap manager,
+// the block-kind predicates and the registry of block factories.
+//
+// An engine owns its scene through m_main_scene: the whole block graph hangs from that root,
+// and deleting the scene is one DeleteThisBlock(true) on it. The engine owns the undo recorder
+// too, once StateRecorderInit has made one; its destructor destroys it. The bitmap manager is
+// the host's and is never deleted here. The registry owns the factories it holds until
+// DestroyFactories.
 //
 // The statics are plain process-wide state, read and written without locks: use the library
-// from one thread at a time. The registry owns the factories it holds until DestroyFactories.
+// from one thread at a time.
+//
+//   SceneEngine engine;
+//   SceneEngine::SetScene(&engine);
+//   engine.InitScene();                        // a MainScene with its node "MainNode"
+//   Status status = engine.SaveScene("a.scene");
 #pragma once
 
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
 #include <vector>
+
+#include <orlo/base/engine/block_load_data.h>
+#include <orlo/support/matrix3.h>
+#include <orlo/support/point3.h>
+#include <orlo/support/status.h>
 
 namespace Orlo {
 
+class BitmapManager;
 class Block;
 class BlockFactory;
 class BlockListener;
+class MainScene;
+class Node;
+class Object;
+class SceneSave;
+class StateRecorder;
 
 class SceneEngine {
  public:
-  SceneEngine() = default;
+  // No scene: call InitScene (or load one) before any operation that needs it.
+  SceneEngine();
   SceneEngine(const SceneEngine&) = delete;
   SceneEngine& operator=(const SceneEngine&) = delete;
-  ~SceneEngine() = default;
+  // Clears the undo history, deletes the scene, then destroys the undo recorder and empties
+  // its static. Neither the bitmap manager nor the current-engine static is touched.
+  ~SceneEngine();
 
   // ---- The current engine ----
 
@@ -64,6 +93,208 @@ class SceneEngine {
   static unsigned GetNumBlockFactories();
   // Deletes every registered factory and empties the registry, which may then be refilled.
   static void DestroyFactories();
+
+  // ---- Scene lifetime ----
+
+  // Clears the undo history, deletes the current scene if there is one, and makes a new
+  // MainScene with its main node, named "MainNode". The selection is emptied first: its
+  // nodes go with the old scene.
+  void InitScene();
+  // Exactly InitScene: the old scene and the undo history are discarded.
+  void ResetScene();
+  // Clears the undo history, empties the selection and deletes the scene; the engine then has
+  // none.
+  void DeleteScene();
+
+  // The scene's root block, or null without a scene.
+  MainScene* GetMainScene() const { return m_main_scene; }
+  // The main scene's main node, or null without a scene.
+  Node* GetMainNode() const;
+
+  // The path of the file last saved or loaded ("" before either).
+  std::string GetScenePath() const { return m_scene_path; }
+  void SetScenePath(std::string path) { m_scene_path = std::move(path); }
+
+  // The undo recorder, or null before StateRecorderInit.
+  static StateRecorder* GetStateRecorder();
+  // Creates the undo recorder if there is none; a second call keeps the first one. The
+  // recorder lives until an engine is destroyed.
+  static void StateRecorderInit();
+
+  // The host's bitmap manager, or null. Saving and loading add the scene file's directory to
+  // its search directories. Never owned: the host deletes it.
+  static BitmapManager* GetBitmapManager();
+  static void SetBitmapManager(BitmapManager* manager);
+
+  // ---- Numbering and enumeration ----
+  // The walks follow the non-null dependency slots in ascending order, depth first, with
+  // explicit work stacks; none descends into a block already on its current path.
+
+  // Gives every block reachable from `block` no number (Block::kNoID) and a saved mark of 0.
+  void InitBlocks(Block* block);
+  // Numbers the blocks reachable from the main scene in pre-order from 0, each at its first
+  // visit, and stores the count in m_num_blocks. Run InitBlocks(GetMainScene()) first: when
+  // the main scene has a number already, nothing is numbered and the count is 0.
+  // Requires: a main scene.
+  void SetBlockIDs();
+  // Numbers `block` and, below it, every block that has no number yet, in pre-order from
+  // `next_id`, which is left one past the last number given. A block that has a number is
+  // left alone, and so is everything below it.
+  void SetIDToBlock(Block* block, int& next_id);
+  // The count of blocks numbered by the last SetBlockIDs; -1 before any.
+  int GetNumBlocks() const { return m_num_blocks; }
+
+  // Resets the numbers, then appends to `out` (not cleared) every block reachable from the
+  // main scene in pre-order, once per path that reaches it. Requires: a main scene.
+  void EnumBlocks(std::vector<Block*>& out);
+  // Appends `block` and the blocks below it, once per path, as long as they have no number.
+  // `counter` is not used.
+  void EnumBlock(Block* block, int& counter, std::vector<Block*>& out);
+
+  // Calls PostLoad on `block`, then on the blocks below it in pre-order, once per path; the
+  // slot count is read again after each slot, so slots a PostLoad adds are visited too.
+  void CallPostLoad(Block* block);
+
+  // Appends every node below the main node in pre-order, the main node itself excluded.
+  // Requires: a main scene.
+  void GetAllSceneNodes(std::vector<Node*>& out);
+
+  // ---- Names across block kinds ----
+  // Nodes (115), modifiers (800), materials (405) and textures (410) have names; every other
+  // block, and null, has none: GetName gives "" and SetName does nothing.
+
+  static std::string GetName(Block* block);
+  static void SetName(Block* block, std::string name);
+  static bool HasName(Block* block);
+
+  // ---- Saving ----
+
+  // Numbers the scene and writes every block reachable from the main scene to `path` as one
+  // scene chunk: the block count, then one record per block in number order. Code 0 on
+  // success; the writer's status when the file cannot be opened (nothing else changes then);
+  // code 2, "SceneEngine::SaveScene : Failed saving the m_main_scene block." when the main
+  // scene's own Save fails. Records the path and adds its directory to the bitmap manager.
+  // Requires: a main scene.
+  [[nodiscard]] Status SaveScene(const char* path);
+  [[nodiscard]] Status SaveScene(const std::string& path);
+  // Writes `block`'s record and then, in slot order, those of the blocks below it that are not
+  // written yet. False only when `block`'s own Save fails; its record is then left open.
+  bool SaveBlock(Block* block, SceneSave* save);
+
+
+  // ---- Node editing ----
+  // New and duplicated nodes always go directly under the main node; searches cover only the
+  // nodes below it. Every walk of the hierarchy keeps an explicit stack. The operations that
+  // add nodes require a main scene.
+
+  // A new node named `name` (null reads as ""), with its parameter table, children table and
+  // transform, placed by `matrix` (or moved to `position`) at time 0, added under the main
+  // node. The object forms also attach `object` when it is not null.
+  Node* CreateEmptyNode(Matrix3<double> matrix, const char* name);
+  Node* CreateEmptyNode(Point3<double> position, const char* name);
+  Node* CreateObjectNode(Object* object, Matrix3<double> matrix, const char* name);
+  Node* CreateObjectNode(Object* object, Point3<double> position, const char* name);
+
+  // Detaches `node` from its parent and deletes it with everything only it held. False, and
+  // nothing changes, for null, for the main node and for a node that is not below the main
+  // node.
+  bool DeleteNode(Node* node);
+  // The status of parent->AddChild(child). A null parent gives code 3, "SceneEngine::SetParent
+  // : parent_node parameter is not valid.".
+  Status SetParent(Node* parent, Node* child);
+  // Sets the parent pointer of every node below `node` to the node whose children table holds
+  // it (a scene file keeps only the children tables).
+  void SetParentPointer(Node* node);
+  // Whether `node` is below the main node. False for null and, deliberately, for the main
+  // node itself.
+  bool DoesNodeExistsInScene(Node* node);
+  // Appends every node below `node` in pre-order (each child, then its descendants, children in
+  // index order), `node` itself excluded; `out` is not cleared. Nothing for a null node.
+  void GetAllChildrenNodes(Node* node, std::vector<Node*>& out);
+  // The first node below the main node, in pre-order, whose name equals `name` byte for byte;
+  // null when none does.
+  Node* GetNodeByName(std::string name);
+  // A copy of `source` under the main node (not beside its source), with the same name, a
+  // clone of its transform and parameter table and, when `instance` is true, the same object
+  // and material as the source (clones of them otherwise). The source's children are not
+  // copied. Null for a null source.
+  Node* DuplicateNode(Node* source, bool instance);
+  // Resizes `out` to the number of `nodes` and sets entry i to the duplicate of entry i.
+  // Always code 0.
+  Status DuplicateNodes(std::vector<Node*> nodes, std::vector<Node*>& out, bool instance);
+
+  // ---- Selection and evaluation ----
+
+  // Clears the selected flag of the selected nodes, changes the selection by `mode` and sets
+  // the flag of the nodes selected then. Mode 0 replaces the selection by `nodes`, 1 appends
+  // them (a node given again is selected twice), 2 removes every entry equal to one of them
+  // (the order of the rest is kept); any other mode keeps the selection.
+  void SelectNodes(std::vector<Node*>& nodes, int mode);
+  unsigned GetNumSelectedNodes() const;
+  // Entry `index` of the selection, or null when `index` is not below the count.
+  Node* GetSelectedNode(unsigned index) const;
+
+  // Builds the object of `node`, then of each node below it in pre-order; a node's child count
+  // is read again after each child. Nothing for a null node.
+  void EvaluateNode(Node* node, int time);
+  // EvaluateNode of the main node (nothing without a scene); the flag is not used.
+  void EvaluateScene(int time, bool unused);
+  // Lists the nodes below the main node first, then builds each listed node's object in list
+  // order.
+  void ReevaluateAllNodes(int time);
+
+  // A node of the scene and its absolute matrix at a time.
+  struct NodeMatrix {
+    Node* node;
+    Matrix3<double> matrix;
+  };
+  // Appends the main node and then every node below it in pre-order, each with its absolute
+  // matrix at `time`, equal bit for bit to the node's GetAbsoluteTM(time). One top-down pass:
+  // each node's own matrix is evaluated once and multiplied by its parent's entry, so the
+  // whole scene costs one evaluation per node, where GetAbsoluteTM per node climbs to the root
+  // each time. `out` is not cleared; nothing is appended without a scene.
+  void GetAbsoluteTMs(int time, std::vector<NodeMatrix>& out);
+
+  // Refreshes every parameter table of the scene: UpdateDataTables(GetMainScene()), nothing
+  // without a scene.
+  void UpdateDataTables();
+  // Calls UpdateDataTable(false) on `block` and then, in pre-order, on every block below it
+  // (the slots below the count read before each block's own refresh). A block reached along
+  // several paths is refreshed once per path, unless the paths outnumber the blocks sixteen
+  // times over (a deep chain of nodes, whose transforms each hold their parent's): each block
+  // is then refreshed once, at its first visit. Nothing for a null block.
+  void UpdateDataTables(Block* block);
+
+  // ---- Import and export ----
+  // The tool is the first registered one, in factory registration order, whose factory
+  // reports class id 100005 (import) or 100010 (export) and which lists the extension of
+  // `path` (from the last dot of the file name, compared in lower case). The engine runs its
+  // Execute and returns that status; it never deletes the tool it ran: a tool that is not kept
+  // in the scene (MainScene::AddSceneTool) releases itself at the end of its own Execute.
+  // Candidates that do not match are released at once. Without a match: code 2, "Couldn't find
+  // an ImportTool." or "Couldn't find an ExportTool.". A null path reads as "".
+
+  [[nodiscard]] Status ImportScene(const char* path);
+  [[nodiscard]] Status ImportScene(const std::string& path);
+  [[nodiscard]] Status ExportScene(const char* path);
+  [[nodiscard]] Status ExportScene(const std::string& path);
+
+ private:
+  // The selected nodes, in selection order; not owning.
+  std::vector<Node*> m_selected_nodes;
+  // The scene's root; owns the graph. Null without a scene.
+  MainScene* m_main_scene = nullptr;
+  // The path of the file last saved or loaded.
+  std::string m_scene_path;
+  // One record per block chunk while a file loads; empty otherwise. The records are the
+  // engine's; the blocks they name belong to the graph.
+  std::vector<std::unique_ptr<BlockLoadData>> m_block_load_data;
+  // The count of blocks numbered by the last SetBlockIDs; -1 before any.
+  std::int32_t m_num_blocks = -1;
+  // The block count read from the header of the file being loaded; -1 outside a load.
+  std::int32_t m_num_file_blocks = -1;
+  // While a file loads, the block created for each saved number; not owning.
+  std::vector<Block*> m_blocks_by_id;
 };
 
 }  // namespace Orlo
