@@ -55,4 +55,5 @@
 
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/block_load_data.h>
+#include <orlo/base/engine/replace_dependency_state_container.h>
 #include <orlo/base/engine/scene_engine.h>
