@@ -328,6 +328,16 @@ class SceneEngine {
   // The object modifier of `modifier` in `node`'s chain, or null.
   ObjectModifier* GetObjectModifier(Node* node, Modifier* modifier);
 
+  // ---- Look-at cameras ----
+
+  // A camera node named `name` at `position`, turned by a LookAtController towards a new
+  // empty node `name` + "_aim" at `target`; both nodes go under the main node. The camera
+  // object comes from the last registered factory of type (600, 128, 784), the camera class
+  // of the host's object library; without one the node has no object. The controller wraps
+  // the node's own transform controller, which keeps giving the position.
+  // Requires: a main scene.
+  Node* CreateLookAtCamera(Point3<double> position, Point3<double> target, std::string name);
+
  private:
   // The selected nodes, in selection order; not owning.
   std::vector<Node*> m_selected_nodes;

@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include <orlo/base/block/block_table.h>
+#include <orlo/base/controllers/look_at_controller.h>
 #include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -557,5 +558,42 @@ BlockType NodeFactory::GetBlockType() const { return Node::m_block_type; }
 Block* NodeFactory::GetBlock(bool create_defaults) const { return new Node(create_defaults); }
 
 std::string NodeFactory::GetName() const { return "Node"; }
+
+// ---- Look-at ----
+
+namespace {
+
+// The node's PRS controller when it is a look-at controller, or null.
+LookAtController* LookAtOf(const Node* node) {
+  Matrix3Controller* controller = node->GetNodeTransformController();
+  if (controller == nullptr || !(controller->GetBlockType() == LookAtController::m_block_type)) {
+    return nullptr;
+  }
+  return dynamic_cast<LookAtController*>(controller);
+}
+
+}  // namespace
+
+Status Node::SetLookAtAimNode(Node* node) {
+  if (LookAtController* look_at = LookAtOf(this)) look_at->SetAimNode(node);
+  return Status();
+}
+
+Status Node::SetLookAtUpNode(Node* node) {
+  if (LookAtController* look_at = LookAtOf(this)) look_at->SetUpNode(node);
+  return Status();
+}
+
+Node* Node::GetLookAtAimNode() const {
+  assert(GetNodeTransform() != nullptr);
+  LookAtController* look_at = LookAtOf(this);
+  return look_at != nullptr ? look_at->GetAimNode() : nullptr;
+}
+
+Node* Node::GetLookAtUpNode() const {
+  assert(GetNodeTransform() != nullptr);
+  LookAtController* look_at = LookAtOf(this);
+  return look_at != nullptr ? look_at->GetUpNode() : nullptr;
+}
 
 }  // namespace Orlo

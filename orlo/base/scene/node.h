@@ -212,6 +212,18 @@ class Node : public Block, public FlagInterface {
   bool GetCastShadows() const;
   void SetCastShadows(bool cast);
 
+  // ---- Look-at ----
+  // These act only when the PRS controller of the node's transform is a LookAtController
+  // (type 300, 48, 64); otherwise the setters do nothing and the getters give null.
+
+  // Sets the controller's aim (up) node. Always success.
+  Status SetLookAtAimNode(Node* node);
+  Status SetLookAtUpNode(Node* node);
+  // The controller's aim (up) node, or null.
+  // Requires: the node has a transform.
+  Node* GetLookAtAimNode() const;
+  Node* GetLookAtUpNode() const;
+
  private:
   friend class SceneEngine;
 
