@@ -3,7 +3,6 @@
 #include <cassert>
 
 #include <orlo/base/block/block_table.h>
-#include <orlo/base/controllers/look_at_controller.h>
 #include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -24,6 +23,11 @@ constexpr unsigned kColorChunk = 0x0010;
 
 constexpr const char* kSlotNames[] = {"data_table", "object", "material", "children", "transform"};
 constexpr char kNoSlot[] = "nil";
+
+// The look-at controller's type and its slots for the aim and up nodes.
+constexpr BlockType kLookAtControllerType{300, 48, 64};
+constexpr int kAimNodeSlot = 2;
+constexpr int kUpNodeSlot = 3;
 
 // Every display parameter holds one element.
 constexpr int kParameterSize = 1;
@@ -407,6 +411,49 @@ Status Node::SetNodeTransformController(Matrix3Controller* controller) {
   return transform->SetNodePRS(controller);
 }
 
+// ---- Aiming ----
+
+namespace {
+
+// The node's transform controller when it is a look-at controller, else null.
+Matrix3Controller* LookAtController(const Node& node) {
+  Matrix3Controller* controller = node.GetNodeTransformController();
+  return controller != nullptr && controller->GetBlockType() == kLookAtControllerType ? controller
+                                                                                      : nullptr;
+}
+
+}  // namespace
+
+Status Node::SetLookAtAimNode(Node* aim) {
+  // The controller's own setter links the node into this slot and drops the status; so does
+  // this one.
+  if (Matrix3Controller* controller = LookAtController(*this)) {
+    (void)controller->MakeDependencyByID(kAimNodeSlot, aim);
+  }
+  return Status();
+}
+
+Status Node::SetLookAtUpNode(Node* up) {
+  if (Matrix3Controller* controller = LookAtController(*this)) {
+    (void)controller->MakeDependencyByID(kUpNodeSlot, up);
+  }
+  return Status();
+}
+
+Node* Node::GetLookAtAimNode() const {
+  assert(GetNodeTransform() != nullptr && "Node::GetLookAtAimNode needs a transform");
+  Matrix3Controller* controller = LookAtController(*this);
+  return controller != nullptr ? dynamic_cast<Node*>(controller->GetDependency(kAimNodeSlot))
+                               : nullptr;
+}
+
+Node* Node::GetLookAtUpNode() const {
+  assert(GetNodeTransform() != nullptr && "Node::GetLookAtUpNode needs a transform");
+  Matrix3Controller* controller = LookAtController(*this);
+  return controller != nullptr ? dynamic_cast<Node*>(controller->GetDependency(kUpNodeSlot))
+                               : nullptr;
+}
+
 // ---- Matrices ----
 
 Matrix3<double> Node::GetAbsoluteTM(int time) const {
@@ -558,42 +605,5 @@ BlockType NodeFactory::GetBlockType() const { return Node::m_block_type; }
 Block* NodeFactory::GetBlock(bool create_defaults) const { return new Node(create_defaults); }
 
 std::string NodeFactory::GetName() const { return "Node"; }
-
-// ---- Look-at ----
-
-namespace {
-
-// The node's PRS controller when it is a look-at controller, or null.
-LookAtController* LookAtOf(const Node* node) {
-  Matrix3Controller* controller = node->GetNodeTransformController();
-  if (controller == nullptr || !(controller->GetBlockType() == LookAtController::m_block_type)) {
-    return nullptr;
-  }
-  return dynamic_cast<LookAtController*>(controller);
-}
-
-}  // namespace
-
-Status Node::SetLookAtAimNode(Node* node) {
-  if (LookAtController* look_at = LookAtOf(this)) look_at->SetAimNode(node);
-  return Status();
-}
-
-Status Node::SetLookAtUpNode(Node* node) {
-  if (LookAtController* look_at = LookAtOf(this)) look_at->SetUpNode(node);
-  return Status();
-}
-
-Node* Node::GetLookAtAimNode() const {
-  assert(GetNodeTransform() != nullptr);
-  LookAtController* look_at = LookAtOf(this);
-  return look_at != nullptr ? look_at->GetAimNode() : nullptr;
-}
-
-Node* Node::GetLookAtUpNode() const {
-  assert(GetNodeTransform() != nullptr);
-  LookAtController* look_at = LookAtOf(this);
-  return look_at != nullptr ? look_at->GetUpNode() : nullptr;
-}
 
 }  // namespace Orlo

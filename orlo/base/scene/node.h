@@ -164,6 +164,20 @@ class Node : public Block, public FlagInterface {
   // "Node::SetNodeTransformController : m_node_transform is not initialiced.".
   Status SetNodeTransformController(Matrix3Controller* controller);
 
+  // ---- Aiming ----
+  // For a node whose transform controller is a look-at controller (type 300, 48, 64): the
+  // node it aims at and the node that gives its up direction, the controller's slots 2
+  // ("aim_node") and 3 ("up_node").
+
+  // Links `aim` (null unlinks) into the look-at controller, as the controller's SetAimNode
+  // does; with another controller nothing happens. Always success.
+  Status SetLookAtAimNode(Node* aim);
+  Status SetLookAtUpNode(Node* up);
+  // The aim and up nodes of the look-at controller, or null with another controller.
+  // Requires: a transform (without one they give null).
+  Node* GetLookAtAimNode() const;
+  Node* GetLookAtUpNode() const;
+
   // ---- Matrices ----
 
   // The node's matrix at `time` times its parent's absolute matrix, the node's own on the
@@ -211,18 +225,6 @@ class Node : public Block, public FlagInterface {
   void SetReceiveShadows(bool receive);
   bool GetCastShadows() const;
   void SetCastShadows(bool cast);
-
-  // ---- Look-at ----
-  // These act only when the PRS controller of the node's transform is a LookAtController
-  // (type 300, 48, 64); otherwise the setters do nothing and the getters give null.
-
-  // Sets the controller's aim (up) node. Always success.
-  Status SetLookAtAimNode(Node* node);
-  Status SetLookAtUpNode(Node* node);
-  // The controller's aim (up) node, or null.
-  // Requires: the node has a transform.
-  Node* GetLookAtAimNode() const;
-  Node* GetLookAtUpNode() const;
 
  private:
   friend class SceneEngine;
