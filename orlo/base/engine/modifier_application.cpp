@@ -97,7 +97,10 @@ Status SceneEngine::AddModifierToNodes(std::vector<Node*> nodes, std::vector<Obj
   if (IsModifiable(built)) {
     ObjectModifier* object_modifier = modifier->GetNewObjectModifier();
     modifier->SetBox(built->GetObjectBoundingBox(time, nullptr));
-    if (object_modifier != nullptr) LinkUnder(holder, object_modifier);
+    if (object_modifier != nullptr) {
+      object_modifier->SetTransform(Matrix3<double>::Identity());
+      LinkUnder(holder, object_modifier);
+    }
     node->PostEvent(2, 0);
   }
 
@@ -128,7 +131,10 @@ bool SceneEngine::AddModifierToNodes(std::vector<Node*> nodes, Modifier* modifie
     Matrix3<double> world = node->GetAbsoluteTM(time);
     box += built->GetObjectBoundingBox(time, &world);
     ObjectModifier* object_modifier = modifier->GetNewObjectModifier();
-    if (object_modifier != nullptr) LinkUnder(node, object_modifier);
+    if (object_modifier != nullptr) {
+      object_modifier->SetTransform(Matrix3<double>::Identity());
+      LinkUnder(node, object_modifier);
+    }
     node->PostEvent(2, 0);
   }
   modifier->SetBox(box);
