@@ -17,9 +17,10 @@ constexpr BlockType kCameraType{600, 128, 784};
 
 Node* SceneEngine::CreateLookAtCamera(Point3<double> position, Point3<double> target,
                                       std::string name) {
-  // Kept as is: every matching factory makes a block and the last one wins, so a host that
-  // registers a second camera library gets its camera. The blocks the earlier ones made are
-  // released, since nothing holds them.
+  // Every matching factory makes a block and the last one wins. The registry refuses a second
+  // factory of an equal type, so at most one matches today; should more match, the blocks the
+  // earlier ones made are released, since nothing holds them. A block of the camera's type
+  // that is no object (a host factory reusing the type) gives no object either.
   Block* camera = nullptr;
   for (unsigned i = 0; i < GetNumBlockFactories(); ++i) {
     BlockFactory* factory = GetBlockFactory(i);

@@ -9,6 +9,8 @@
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/scene/node.h>
 #include <orlo/base/scene/node_transform.h>
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
 
 #include "tests/testing/scoped_block.h"
 
@@ -204,6 +206,35 @@ TEST_F(LookAtControllerTest, TheNodeMembersReachTheControllerOfItsTransform) {
   EXPECT_EQ(node->GetLookAtAimNode(), aim);
   EXPECT_EQ(node->GetLookAtUpNode(), up);
   EXPECT_EQ(look_at->GetAimNode(), aim);
+}
+
+TEST_F(LookAtControllerTest, SaveAndLoadTouchNoBytesSinceTheLinksTravelAsDependencies) {
+  ScopedBlock<LookAtController> controller(LookAtController::Create(
+      &m_engine, Point3<double>(1.0, 2.0, 3.0), Point3<double>(4.0, 5.0, 6.0)));
+  SceneSave save;
+  EXPECT_EQ(controller->Save(&save), 1);
+  EXPECT_TRUE(save.TakeBytes().empty());
+
+  // A chunk the controller must leave unread.
+  SceneSave other;
+  other.BeginChunk(0x0005);
+  other.WriteUInt32(7u);
+  other.EndChunk();
+  SceneLoad load(other.TakeBytes());
+  ScopedBlock<LookAtController> loaded(new LookAtController(false));
+  EXPECT_EQ(loaded->Load(&load), 1);
+  EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  EXPECT_EQ(load.CurChunkID(), 0x0005u);
+}
+
+TEST_F(LookAtControllerTest, TheFactoryPassesItsFlagToTheConstructor) {
+  LookAtControllerFactory factory;
+  ScopedBlock<Block> full(factory.GetBlock(true));
+  ScopedBlock<Block> bare(factory.GetBlock(false));
+  EXPECT_EQ(full->GetClassName(), "LookAtController");
+  EXPECT_NE(full->GetDependency(0), nullptr);
+  EXPECT_NE(full->GetDependency(1), nullptr);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(bare->GetDependency(i), nullptr);
 }
 
 }  // namespace

@@ -183,6 +183,12 @@ TEST_F(StateRecorderBridgeTest, InitSceneIsSafeWhateverTheHistoryHolds) {
   }
 }
 
+TEST_F(StateRecorderBridgeTest, ResetSceneIsSafeWhateverTheHistoryHolds) {
+  for (History history : {History::kUndone, History::kDone}) {
+    ExpectSceneGoesCleanly(history, [](SceneEngine& engine) { engine.ResetScene(); });
+  }
+}
+
 TEST_F(StateRecorderBridgeTest, TheEnginesDestructorIsSafeWhateverTheHistoryHolds) {
   for (History history : {History::kUndone, History::kDone}) {
     bool object_deleted = false;
