@@ -47,12 +47,20 @@ std::vector<Block*>& AbandonedBlocks() {
 }
 int g_operation_depth = 0;
 
-void NoteAbandoned(Block* block) {
-  std::vector<Block*>& abandoned = AbandonedBlocks();
-  if (std::find(abandoned.begin(), abandoned.end(), block) == abandoned.end()) {
-    abandoned.push_back(block);
-  }
+void NoteOnce(std::vector<Block*>& list, Block* block) {
+  if (std::find(list.begin(), list.end(), block) == list.end()) list.push_back(block);
 }
+
+void NoteAbandoned(Block* block) { NoteOnce(AbandonedBlocks(), block); }
+
+// Blocks that lost a dependant but kept others while irregular links exist: the outermost
+// operation checks, when it ends, whether anything outside still owns them.
+std::vector<Block*>& CollectCandidates() {
+  static std::vector<Block*> candidates;
+  return candidates;
+}
+
+void NoteCollectCandidate(Block* block) { NoteOnce(CollectCandidates(), block); }
 
 }  // namespace
 
@@ -116,9 +124,10 @@ Block::~Block() {
   if (!internal::IrregularLinks::Empty()) ForgetIrregularLinks(this, nullptr);
   SetData(nullptr);
   DropListeners();
-  std::vector<Block*>& abandoned = AbandonedBlocks();
-  if (!abandoned.empty())
-    abandoned.erase(std::remove(abandoned.begin(), abandoned.end(), this), abandoned.end());
+  for (std::vector<Block*>* pending : {&AbandonedBlocks(), &CollectCandidates()}) {
+    if (!pending->empty())
+      pending->erase(std::remove(pending->begin(), pending->end(), this), pending->end());
+  }
 }
 
 void* Block::GetData() const {
@@ -391,13 +400,21 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
 }
 
 void Block::CollectIfUnowned() {
-  // Links never close a cycle, but a leftover reference can: a block set twice into a slot of
+  // Links never close a cycle, but leftover references can: a block set twice into a slot of
   // one of its own dependencies and released once keeps that dependency alive, which keeps it
-  // alive in turn. Such blocks are owned by nothing outside themselves when no block above
-  // them lacks a dependant (an owner of the graph: the scene root or a block the host keeps).
-  std::vector<Block*> above{this};
+  // alive in turn. Whether that is all that keeps them is decided once the outermost
+  // operation is done, when no half-made link can change the answer.
+  NoteCollectCandidate(this);
+}
+
+bool Block::ReleaseIfUnowned(Block* block) {
+  // The blocks above `block`, following back references. Nothing outside owns them when none
+  // of them lacks a dependant (an owner of the graph: the scene root or a block the host
+  // keeps); links alone never make such a closed set, so only leftover references, unlinked
+  // table entries and back references without slots hold it together.
+  std::vector<Block*> above{block};
   internal::VisitedSet seen;
-  seen.Insert(this);
+  seen.Insert(block);
   for (std::size_t i = 0; i < above.size(); ++i) {
     bool has_dependant = false;
     for (Block* dependant : above[i]->m_dependants) {
@@ -405,21 +422,20 @@ void Block::CollectIfUnowned() {
       has_dependant = true;
       if (seen.Insert(dependant)) above.push_back(dependant);
     }
-    if (!has_dependant) return;  // owned from outside
+    if (!has_dependant) return false;  // owned from outside
   }
-  // Nothing outside holds them: the leftover references among them go, and the blocks this
-  // leaves without a dependant are released when the operation ends, taking the rest along.
-  for (Block* block : above) {
-    std::vector<Block*> leftovers;
-    for (Block* dependant : block->m_dependants) {
-      if (dependant != nullptr && seen.Contains(dependant) &&
-          internal::IrregularLinks::Contains(dependant, block) && !HoldsInSlot(dependant, block)) {
-        leftovers.push_back(dependant);
-      }
+  // None of them is reachable from an owner. Every link among them goes, as raw stores (the
+  // blocks are going, nobody listens for the slot changes), and each is released on its own,
+  // taking along what only it kept below.
+  for (Block* member : above) {
+    const int num_slots = member->NumDependencies();
+    for (int i = 0; i < num_slots; ++i) {
+      if (seen.Contains(member->GetDependency(i))) member->SetDependency(i, nullptr);
     }
-    for (Block* leftover : leftovers) block->m_dependants.erase_all(leftover);
-    if (block->m_dependants.empty()) NoteAbandoned(block);
   }
+  for (Block* member : above) member->m_dependants.clear();
+  for (Block* member : above) NoteAbandoned(member);
+  return true;
 }
 
 bool Block::ShouldRelease(Block* dependant, Removal removal) {
@@ -513,10 +529,17 @@ Block::OperationScope::~OperationScope() {
   // released now. Releasing runs operations of its own; the depth keeps them from draining.
   ++g_operation_depth;
   std::vector<Block*>& abandoned = AbandonedBlocks();
-  while (!abandoned.empty()) {
-    Block* block = abandoned.back();
-    abandoned.pop_back();
-    if (block->m_dependants.empty()) ReleaseUnreferenced(block);
+  std::vector<Block*>& candidates = CollectCandidates();
+  while (!abandoned.empty() || !candidates.empty()) {
+    if (!abandoned.empty()) {
+      Block* block = abandoned.back();
+      abandoned.pop_back();
+      if (block->m_dependants.empty()) ReleaseUnreferenced(block);
+      continue;
+    }
+    Block* candidate = candidates.back();
+    candidates.pop_back();
+    (void)ReleaseIfUnowned(candidate);
   }
   --g_operation_depth;
 }
@@ -529,8 +552,12 @@ void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
   for (Block* block : held) {
     if (block == dying) continue;
     // Every back reference to a block that is going dangles: drop them all.
-    const bool lost_last = block->m_dependants.erase_all(dying) != 0 && block->m_dependants.empty();
-    if (!lost_last || orphans == nullptr) continue;
+    if (block->m_dependants.erase_all(dying) == 0 || orphans == nullptr) continue;
+    if (!block->m_dependants.empty()) {
+      // What is left may be a cycle of leftover references that only the dying block owned.
+      block->CollectIfUnowned();
+      continue;
+    }
     if (internal::IsReleaseGuarded(block)) {
       NoteAbandoned(block);
     } else {

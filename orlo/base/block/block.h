@@ -232,10 +232,12 @@ class Block {
   };
   // Removes `dependant`'s back references as one of its slots lets go of this block.
   Removal RemoveDependantEntries(Block* dependant);
-  // After a release that left this block with dependants: when they hold it only through a
-  // cycle of leftover references, breaks the cycle so that the blocks in it are released
-  // once the operation ends.
+  // After a release that left this block with dependants: when the outermost operation ends,
+  // checks whether they hold it only through a cycle of leftover references.
   void CollectIfUnowned();
+  // Releases `block` and the blocks above it when no owner of the graph is among them; whether
+  // it did.
+  static bool ReleaseIfUnowned(Block* block);
   // Whether a block that `dependant` let go of, with that result, is released now.
   bool ShouldRelease(Block* dependant, Removal removal);
   // Whether `target` can be reached from `top` going down through the slots.

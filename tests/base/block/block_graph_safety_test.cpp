@@ -365,6 +365,57 @@ TEST_F(BlockGraphSafetyTest, LeftoverReferenceThatClosesACycleOfOwnershipLeavesN
   EXPECT_EQ(Deletions(journal, "b"), 1);
 }
 
+TEST_F(BlockGraphSafetyTest, ACycleThatOnlyADestroyedBlockOwnedGoesWithIt) {
+  // b keeps two leftover references: one from a, one from c. b then takes a as a dependency.
+  // Once every outside holder has let go, only c's leftover reference keeps b (and so a)
+  // alive; when c is destroyed its reference goes, and a and b go with it.
+  TestBlock* a = NewBlock("a");
+  TestBlock* b = NewBlock("b");
+  TestBlock* c = NewBlock("c");
+  {
+    // Let go of in the order a, b, c.
+    Holder holds_c(c);
+    Holder holds_b(b);
+    Holder holds_a(a);
+    for (TestBlock* holder : {a, c}) {
+      ASSERT_TRUE(holder->MakeDependencyByID(1, b).IsOk());
+      ASSERT_TRUE(holder->MakeDependencyByID(1, b).IsOk());
+      holder->DeleteDependency(1);
+    }
+    ASSERT_TRUE(b->MakeDependencyByID(0, a).IsOk());
+    EXPECT_TRUE(journal.entries.empty());
+  }
+  EXPECT_EQ(Deletions(journal, "a"), 1);
+  EXPECT_EQ(Deletions(journal, "b"), 1);
+  EXPECT_EQ(Deletions(journal, "c"), 1);
+}
+
+TEST_F(BlockGraphSafetyTest, ACycleHiddenBehindARefusedTableEntryIsReleased) {
+  // The table sets b twice into its entry and empties it, leaving b a leftover reference to
+  // the table; b then holds the table in a slot, and the table's PushBack(b) is refused,
+  // leaving an entry that holds b without owning it. Nothing outside holds either of them once
+  // the holders let go: both are destroyed, and the block the table held first goes too.
+  auto* table = new BlockTable(true);
+  TestBlock* first = NewBlock("first");
+  TestBlock* b = NewBlock("b");
+  {
+    Holder holds_table(table);
+    Holder holds_first(first);
+    Holder holds_b(b);
+    table->PushBack(first);
+    ASSERT_TRUE(table->MakeDependencyByID(0, b).IsOk());
+    ASSERT_TRUE(table->MakeDependencyByID(0, b).IsOk());
+    table->DeleteDependency(0);
+    ASSERT_TRUE(b->MakeDependencyByID(1, table).IsOk());
+    ASSERT_TRUE(b->MakeDependencyByID(1, table).IsOk());
+    table->PushBack(b);
+    ASSERT_EQ(table->GetNumBlocks(), 2);
+    EXPECT_TRUE(journal.entries.empty());
+  }
+  EXPECT_EQ(Deletions(journal, "first"), 1);
+  EXPECT_EQ(Deletions(journal, "b"), 1);
+}
+
 TEST_F(BlockGraphSafetyTest, CloneOfADeepChainOfTablesHasTheSameShape) {
   auto* root = new BlockTable(true);
   BlockTable* current = root;
