@@ -13,6 +13,7 @@
 #include <cassert>
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -282,7 +283,15 @@ Status SceneEngine::LoadScene(const char* path) {
       m_blocks_by_id.assign(static_cast<std::size_t>(m_num_file_blocks), nullptr);
       if (m_num_file_blocks != 0) {
         m_block_load_data.resize(static_cast<std::size_t>(m_num_file_blocks));
-        status = LoadBlocks(&load);
+        try {
+          status = LoadBlocks(&load);
+        } catch (const std::length_error& error) {
+          // A block's own reader may size a container by a number of the file that no
+          // container can hold (a negative count, say): the file is broken, not the host.
+          status.Set(Status::kFailed, std::string("SceneEngine::LoadScene : A block's data "
+                                                  "asks for an impossible size (") +
+                                          error.what() + ").");
+        }
         blocks_read = true;
       }
     }

@@ -25,6 +25,7 @@
 #include <orlo/support/bitmap_manager.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
+#include <orlo/support/state_container.h>
 #include <orlo/support/state_recorder.h>
 
 #include "tests/testing/test_blocks.h"
@@ -233,16 +234,37 @@ TEST_F(SceneEngineLoadTest, RandomHierarchiesSaveLoadAndSaveToTheSameBytes) {
   }
 }
 
-TEST_F(SceneEngineLoadTest, LoadingClearsTheUndoHistory) {
+// A change that reads a block of the scene it was recorded in when it is destroyed, as a
+// record that keeps its blocks would release them.
+class NodeNameRecord : public StateContainer {
+ public:
+  NodeNameRecord(Node* node, std::vector<std::string>* log) : m_node(node), m_log(log) {}
+  ~NodeNameRecord() override { m_log->push_back(m_node->GetName()); }
+  void Revert() override {}
+  void Apply() override {}
+
+ private:
+  Node* m_node;
+  std::vector<std::string>* m_log;
+};
+
+TEST_F(SceneEngineLoadTest, LoadingClearsTheUndoHistoryBeforeTheOldSceneGoes) {
   SceneEngine::StateRecorderInit();
   StateRecorder* recorder = SceneEngine::GetStateRecorder();
   ASSERT_NE(recorder, nullptr);
+  Node* old_node = AddNode("old", nullptr);
+  std::vector<std::string> log;
   recorder->Begin();
+  recorder->Put(new NodeNameRecord(old_node, &log));
   recorder->Accept("step");
-  ASSERT_GT(recorder->NumUndoSteps(), 0u);
+  ASSERT_TRUE(recorder->CanUndo());
   (void)SavedBytes("first.scene");
   ASSERT_TRUE(engine.LoadScene(PathOf("first.scene")).IsOk());
-  EXPECT_EQ(recorder->NumUndoSteps(), 0u);
+  EXPECT_FALSE(recorder->CanUndo());
+  // The record was destroyed while its node still existed (the sanitizers see otherwise).
+  EXPECT_EQ(log, std::vector<std::string>{"old"});
+  // The loaded scene has a node of that name of its own.
+  EXPECT_NE(engine.GetNodeByName("old"), nullptr);
 }
 
 TEST_F(SceneEngineLoadTest, AFileThatDoesNotStartWithASceneChunkIsNotASceneFile) {
@@ -391,8 +413,9 @@ TEST_F(SceneEngineLoadTest, AFileWhoseFirstBlockIsNotASceneIsRefused) {
   EXPECT_EQ(engine.GetMainScene(), nullptr);
 }
 
+// The two tests below load a default scene (its main node, transform, controllers and tables:
+// every kind of block the library saves) once per byte.
 TEST_F(SceneEngineLoadTest, ASavedSceneCutAtEveryByteAlwaysReturnsAStatus) {
-  AddNode("a", AddNode("b", nullptr));
   const Bytes whole = SavedBytes("whole.scene");
   for (std::size_t size = 0; size < whole.size(); ++size) {
     const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
@@ -404,11 +427,12 @@ TEST_F(SceneEngineLoadTest, ASavedSceneCutAtEveryByteAlwaysReturnsAStatus) {
 }
 
 TEST_F(SceneEngineLoadTest, ASavedSceneWithAnyOneByteChangedAlwaysReturnsAStatus) {
-  AddNode("a", AddNode("b", nullptr));
   const Bytes whole = SavedBytes("whole.scene");
   int loaded = 0;
   for (std::size_t i = 0; i < whole.size(); ++i) {
-    for (std::uint8_t flip : {std::uint8_t{0x01}, std::uint8_t{0xFF}}) {
+    // Alternately the lowest bit (a length or number one off) and every bit (a huge one).
+    {
+      const std::uint8_t flip = i % 2 == 0 ? 0x01 : 0xFF;
       Bytes changed = whole;
       changed[i] = static_cast<std::uint8_t>(changed[i] ^ flip);
       const Status status = engine.LoadScene(WriteFile("changed.scene", changed));
@@ -425,6 +449,47 @@ TEST_F(SceneEngineLoadTest, ASavedSceneWithAnyOneByteChangedAlwaysReturnsAStatus
   }
   // Changed payload bytes (names, numbers) still load: the loop did exercise both outcomes.
   EXPECT_GT(loaded, 0);
+}
+
+TEST_F(SceneEngineLoadTest, AKeyCountNoContainerCanHoldFailsTheLoadInsteadOfThrowing) {
+  // | 0x05 scene | 0x10 count 2 | 0x15 scene block | 0x15 controller block |
+  // where the controller's payload is | 0x20 | 0x10 keys: count -1 |.
+  SceneSave save;
+  save.BeginChunk(0x05);
+  save.BeginChunk(0x10);
+  save.WriteUInt32(2);
+  save.EndChunk();
+  const Bytes scene_only = MakeFile(1, {SceneBlock(0, {-1, -1, 1, -1})});
+  const std::size_t skip = 12 + 12 + 4;
+  unsigned written = 0;
+  save.Write(scene_only.data() + skip, static_cast<unsigned>(scene_only.size() - skip), written);
+  save.BeginChunk(0x15);
+  save.BeginChunk(0x05);
+  save.WriteUInt32(300);
+  save.WriteUInt32(48);
+  save.WriteUInt32(16);
+  save.WriteInt32(1);
+  save.EndChunk();
+  save.BeginChunk(0x20);
+  save.BeginChunk(0x10);
+  save.WriteInt32(-1);
+  save.EndChunk();
+  save.EndChunk();
+  save.BeginChunk(0x10);
+  save.WriteInt32(0);
+  save.EndChunk();
+  save.EndChunk();
+  save.EndChunk();
+  Status status;
+  EXPECT_NO_THROW(status = engine.LoadScene(WriteFile("keys.scene", save.TakeBytes())));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage().rfind("SceneEngine::LoadScene : A block's data asks for an "
+                                      "impossible size (",
+                                      0),
+            0u)
+      << status.GetMessage();
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+  EXPECT_TRUE(SceneLoadTestPeer::Records(engine).empty());
 }
 
 // ---- LoadBlocks, step by step ----

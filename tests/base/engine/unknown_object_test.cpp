@@ -33,7 +33,7 @@ TEST(UnknownObjectTest, HasNoSlotsAndIgnoresWhatIsSetInThem) {
   EXPECT_EQ(object->GetDependencyName(-1), "nil");
   EXPECT_EQ(object->GetDependencyType(0), 0u);
   // Linking through the graph finds no slot either.
-  EXPECT_EQ(object->MakeDependencyByID(0, other.get()).GetCode(), 0);
+  EXPECT_EQ(object->MakeDependencyByID(0, other.get()).GetCode(), 2);
   EXPECT_EQ(object->GetDependency(0), nullptr);
 }
 
