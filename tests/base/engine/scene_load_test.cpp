@@ -20,7 +20,9 @@
 #include <orlo/base/engine/unknown_modifier.h>
 #include <orlo/base/engine/unknown_object.h>
 #include <orlo/base/engine/unknown_object_modifier.h>
+#include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/scene/main_scene.h>
+#include <orlo/base/scene/tool_block.h>
 #include <orlo/base/scene/node.h>
 #include <orlo/support/bitmap_manager.h>
 #include <orlo/support/scene_load.h>
@@ -28,6 +30,7 @@
 #include <orlo/support/state_container.h>
 #include <orlo/support/state_recorder.h>
 
+#include "tests/base/scene/scene_test_blocks.h"
 #include "tests/testing/test_blocks.h"
 
 namespace Orlo {
@@ -216,37 +219,138 @@ TEST_F(SceneEngineLoadTest, AHierarchyLoadsBackWithItsParentPointersAndNames) {
   EXPECT_EQ(SavedBytes("second.scene"), first);
 }
 
+// A material of a host library that saves its name and one number of its own.
+class NamedMaterial : public testing::TestMaterial {
+ public:
+  static constexpr BlockType kType{405, 77, 1};
+  NamedMaterial() : TestMaterial("material", kType) {}
+  Block* Clone() override {
+    auto* copy = new NamedMaterial();
+    copy->SetName(GetName());
+    copy->shine = shine;
+    return copy;
+  }
+  int Save(SceneSave* save) override {
+    save->BeginChunk(0x01);
+    save->WriteString(GetName());
+    save->EndChunk();
+    save->BeginChunk(0x02);
+    save->WriteDouble(shine);
+    save->EndChunk();
+    return 1;
+  }
+  int Load(SceneLoad* load) override {
+    while (load->OpenChunk() == SceneLoad::kChunkOpened) {
+      if (load->CurChunkID() == 0x01) {
+        std::string name;
+        load->ReadString(name);
+        SetName(name);
+      } else if (load->CurChunkID() == 0x02) {
+        load->ReadDouble(shine);
+      }
+      load->CloseChunk();
+    }
+    return load->HasError() ? 0 : 1;
+  }
+  double shine = 0.0;
+};
+
+// A scene tool of a host library that saves one number.
+class CountingTool : public testing::ToolDouble<ToolBlock> {
+ public:
+  static constexpr BlockType kType{ToolBlock::kClassID, 78, 1};
+  CountingTool() : ToolDouble(ToolBlock::kClassID) {}
+  BlockType GetBlockType() const override { return kType; }
+  Block* Clone() override { return new CountingTool(); }
+  int Save(SceneSave* save) override {
+    save->BeginChunk(0x01);
+    save->WriteInt32(count);
+    save->EndChunk();
+    return 1;
+  }
+  int Load(SceneLoad* load) override {
+    while (load->OpenChunk() == SceneLoad::kChunkOpened) {
+      if (load->CurChunkID() == 0x01) load->ReadInt32(count);
+      load->CloseChunk();
+    }
+    return load->HasError() ? 0 : 1;
+  }
+  std::int32_t count = 0;
+};
+
+template <typename T>
+class SimpleFactory : public BlockFactory {
+ public:
+  BlockType GetBlockType() const override { return T::kType; }
+  Block* GetBlock(bool) const override { return new T(); }
+  std::string GetName() const override { return "SimpleFactory"; }
+};
+
 TEST_F(SceneEngineLoadTest, RandomHierarchiesSaveLoadAndSaveToTheSameBytes) {
+  SceneEngine::AddBlockFactory(new SimpleFactory<NamedMaterial>());
+  SceneEngine::AddBlockFactory(new SimpleFactory<CountingTool>());
   std::mt19937 random(17);
+  auto uniform = [&random](double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(random);
+  };
   for (int round = 0; round < 8; ++round) {
     engine.InitScene();
+    MainScene* scene = engine.GetMainScene();
+    scene->SetAmbientLightColor(Color{static_cast<float>(uniform(0, 1)), 0.25f, 0.5f});
+    scene->SetBackgroundColor(Color{0.1f, static_cast<float>(uniform(0, 1)), 0.9f});
+
+    // Materials, some of them shared by several nodes and listed by the scene too.
+    std::vector<NamedMaterial*> materials;
+    for (int i = 0; i < 1 + round % 3; ++i) {
+      auto* material = new NamedMaterial();
+      material->SetName("m" + std::to_string(i));
+      material->shine = uniform(0, 100);
+      scene->AddMaterial(material);
+      materials.push_back(material);
+    }
+    for (int i = 0; i < round % 3; ++i) {
+      auto* tool = new CountingTool();
+      tool->count = static_cast<std::int32_t>(random() % 1000);
+      scene->AddSceneTool(tool);
+    }
+
     std::vector<Node*> nodes{engine.GetMainNode()};
-    const int count = 1 + static_cast<int>(random() % 40);
+    const int count = 1 + static_cast<int>(random() % 30);
     for (int i = 0; i < count; ++i) {
       Node* parent = nodes[random() % nodes.size()];
       const std::string name = "n" + std::to_string(i);
-      nodes.push_back(AddNode(name.c_str(), parent == engine.GetMainNode() ? nullptr : parent));
+      Node* node = AddNode(name.c_str(), parent == engine.GetMainNode() ? nullptr : parent);
+      nodes.push_back(node);
+      // Keys at random times on the node's transform.
+      Matrix3Controller* prs = node->GetNodeTransformController();
+      ASSERT_NE(prs, nullptr);
+      for (int key = 0; key < static_cast<int>(random() % 4); ++key) {
+        const int time = static_cast<int>(random() % 200);
+        prs->SetPosition(Point3<double>(uniform(-9, 9), uniform(-9, 9), uniform(-9, 9)), time);
+        prs->SetRotation(Point3<double>(uniform(-3, 3), 0.0, uniform(-3, 3)), time);
+        if (key == 2) prs->SetScale(Point3<double>(uniform(0.5, 2), 1.0, 1.0), time);
+      }
+      if (random() % 2 == 0) {
+        ASSERT_TRUE(node->SetMaterial(materials[random() % materials.size()]).IsOk());
+      }
     }
     const Bytes first = SavedBytes("first.scene");
     const Status status = engine.LoadScene(PathOf("first.scene"));
     ASSERT_TRUE(status.IsOk()) << status.GetMessage();
     EXPECT_EQ(SavedBytes("second.scene"), first) << "round " << round;
+    // Shared materials come back shared.
+    std::vector<Node*> loaded;
+    engine.GetAllSceneNodes(loaded);
+    for (Node* node : loaded) {
+      if (node->GetMaterial() == nullptr) continue;
+      bool listed = false;
+      for (int i = 0; i < engine.GetMainScene()->GetNumMaterials(); ++i) {
+        listed = listed || engine.GetMainScene()->GetMaterial(i) == node->GetMaterial();
+      }
+      EXPECT_TRUE(listed) << node->GetName();
+    }
   }
 }
-
-// A change that reads a block of the scene it was recorded in when it is destroyed, as a
-// record that keeps its blocks would release them.
-class NodeNameRecord : public StateContainer {
- public:
-  NodeNameRecord(Node* node, std::vector<std::string>* log) : m_node(node), m_log(log) {}
-  ~NodeNameRecord() override { m_log->push_back(m_node->GetName()); }
-  void Revert() override {}
-  void Apply() override {}
-
- private:
-  Node* m_node;
-  std::vector<std::string>* m_log;
-};
 
 TEST_F(SceneEngineLoadTest, LoadingClearsTheUndoHistoryBeforeTheOldSceneGoes) {
   SceneEngine::StateRecorderInit();
