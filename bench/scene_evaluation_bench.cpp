@@ -47,9 +47,9 @@ struct WorkloadScene {
 
 void SetRates(benchmark::State& state, WorkloadShape shape, const WorkloadScene& scene) {
   const double iterations = static_cast<double>(state.iterations());
-  state.counters["nodes_per_s"] = benchmark::Counter(
+  state.counters["nodes/s"] = benchmark::Counter(
       iterations * static_cast<double>(scene.nodes.size()), benchmark::Counter::kIsRate);
-  state.counters["blocks_per_s"] = benchmark::Counter(
+  state.counters["blocks/s"] = benchmark::Counter(
       iterations * static_cast<double>(scene.num_blocks), benchmark::Counter::kIsRate);
   state.counters["blocks"] = static_cast<double>(scene.num_blocks);
   state.SetLabel(WorkloadShapeName(shape));

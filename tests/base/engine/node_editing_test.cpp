@@ -14,6 +14,7 @@
 #include "tests/base/engine/engine_test_scene.h"
 #include "tests/base/scene/scene_test_blocks.h"
 #include "tests/testing/scoped_block.h"
+#include "tests/testing/test_blocks.h"
 
 namespace Orlo {
 namespace {
@@ -39,6 +40,13 @@ class CountedObject : public TestObject {
 };
 
 class NodeEditingTest : public testing::EngineTest {};
+
+// How many of the events `listener` heard have the code `code`.
+int CountCode(const testing::RecordingListener& listener, int code) {
+  int count = 0;
+  for (const BlockEvent& event : listener.events) count += event.code == code ? 1 : 0;
+  return count;
+}
 
 // ---- Creating nodes ----
 
@@ -295,6 +303,28 @@ TEST_F(NodeEditingTest, DeleteNodeOfADeepNodeDetachesItFromItsOwnParent) {
   std::vector<Node*> all;
   engine.GetAllSceneNodes(all);
   EXPECT_EQ(Names(all), (std::vector<std::string>{"a", "c"}));
+}
+
+TEST_F(NodeEditingTest, DeleteNodeHoldsTheNodeWhileItIsDetachedAndThenDeletesIt) {
+  // Taken out of its parent's children table on its own, a node that nothing else holds is
+  // released at once and says so with code 1.
+  Node* released = AddNode("released");
+  testing::RecordingListener released_listener;
+  released->AddBlockListener(&released_listener);
+  ASSERT_TRUE(MainNode()->RemoveChild(released).IsOk());
+  EXPECT_EQ(CountCode(released_listener, 1), 1);
+
+  // DeleteNode holds the node in a table of its own while it detaches it, so the node is never
+  // released by the detaching: it is deleted explicitly, and no code 1 is posted.
+  int deleted = 0;
+  Node* a = AddNode("a");
+  (void)a->SetObject(new CountedObject(&deleted));
+  testing::RecordingListener listener;
+  a->AddBlockListener(&listener);
+  EXPECT_TRUE(engine.DeleteNode(a));
+  EXPECT_EQ(deleted, 1);
+  EXPECT_EQ(CountCode(listener, 1), 0);
+  EXPECT_EQ(MainNode()->GetNumChildren(), 0);
 }
 
 TEST_F(NodeEditingTest, DeleteNodeLeavesAnObjectSharedWithAnotherNode) {

@@ -212,8 +212,10 @@ class TestImportTool : public ToolDouble<ImportTool> {
   TestImportTool() : ToolDouble(ImportTool::kClassID) {}
   Block* Clone() override { return new TestImportTool(); }
   std::vector<std::string> GetExtensions() override { return {".abc"}; }
+  // Like every tool, it releases itself at the end of its Execute when nothing holds it.
   Status Execute(SceneEngine*, std::string path) override {
     last_path = path;
+    if (GetParentBlock() == nullptr) DeleteThisBlock(true);
     return Status();
   }
   std::string last_path;
@@ -225,7 +227,9 @@ class TestExportTool : public ToolDouble<ExportTool> {
   Block* Clone() override { return new TestExportTool(); }
   std::vector<std::string> GetExtensions() override { return {".xyz", ".XYW"}; }
   Status Execute(SceneEngine*, std::string) override {
-    return Status(Status::kFailed, "TestExportTool::Execute : nothing to write.");
+    const Status status(Status::kFailed, "TestExportTool::Execute : nothing to write.");
+    if (GetParentBlock() == nullptr) DeleteThisBlock(true);
+    return status;
   }
 };
 

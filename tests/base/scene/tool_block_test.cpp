@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <orlo/base/block/block_table.h>
 #include <orlo/base/scene/export_tool.h>
 #include <orlo/base/scene/import_tool.h>
 
@@ -38,10 +39,15 @@ TEST(ToolBlockTest, CopiesAreMemberwise) {
 TEST(ToolBlockTest, ImportAndExportToolsReportTheirClassIdsAndOperations) {
   EXPECT_EQ(ImportTool::kClassID, 100005u);
   EXPECT_EQ(ExportTool::kClassID, 100010u);
-  ScopedBlock<TestImportTool> importer(new TestImportTool());
-  ScopedBlock<TestExportTool> exporter(new TestExportTool());
-  ImportTool* import_tool = importer.get();
-  ExportTool* export_tool = exporter.get();
+  // Held, as the scene holds the tools it keeps: a tool that nothing holds releases itself at
+  // the end of its Execute.
+  ScopedBlock<BlockTable> holder(new BlockTable(true));
+  auto* importer = new TestImportTool();
+  auto* exporter = new TestExportTool();
+  holder->PushBack(importer);
+  holder->PushBack(exporter);
+  ImportTool* import_tool = importer;
+  ExportTool* export_tool = exporter;
   EXPECT_EQ(import_tool->GetBlockType().class_id, 100005u);
   EXPECT_EQ(export_tool->GetBlockType().class_id, 100010u);
   EXPECT_EQ(import_tool->GetExtensions(), std::vector<std::string>({".abc"}));
@@ -53,6 +59,32 @@ TEST(ToolBlockTest, ImportAndExportToolsReportTheirClassIdsAndOperations) {
   EXPECT_EQ(status.GetMessage(), "TestExportTool::Execute : nothing to write.");
   import_tool->SetName("importer");
   EXPECT_EQ(import_tool->GetName(), "importer");
+}
+
+// A tool double that counts its releases.
+template <typename Tool>
+class CountedTool : public Tool {
+ public:
+  explicit CountedTool(int* released) : m_released(released) {}
+  void DeleteThis() override {
+    ++*m_released;
+    delete this;
+  }
+
+ private:
+  int* m_released;
+};
+
+TEST(ToolBlockTest, AToolThatNothingHoldsReleasesItselfAtTheEndOfItsExecute) {
+  // The engine never deletes the tool it runs, so a tool that is not kept anywhere must go by
+  // itself; the test tools do, as every tool must.
+  int released = 0;
+  ImportTool* import_tool = new CountedTool<TestImportTool>(&released);
+  EXPECT_TRUE(import_tool->Execute(nullptr, "scene.abc").IsOk());
+  EXPECT_EQ(released, 1);
+  ExportTool* export_tool = new CountedTool<TestExportTool>(&released);
+  EXPECT_EQ(export_tool->Execute(nullptr, "scene.xyz").GetCode(), 2);
+  EXPECT_EQ(released, 2);
 }
 
 }  // namespace
