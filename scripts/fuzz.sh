@@ -34,8 +34,8 @@ mkdir -p "$build_dir/artifacts"
 mkdir -p "$build_dir/corpus/scene_load_fuzzer"
 "$build_dir/fuzz/scene_load_fuzzer" --write-seeds="$build_dir/corpus/scene_load_fuzzer"
 
-# Inputs up to this many bytes; a saved scene of a few nodes is a few kilobytes.
-declare -A max_len=([block_graph_fuzzer]=512 [scene_load_fuzzer]=8192)
+# Inputs up to this many bytes; the seed scenes (7 to 29 KB) fit whole.
+declare -A max_len=([block_graph_fuzzer]=512 [scene_load_fuzzer]=32768)
 for target in "${targets[@]}"; do
   corpus="$build_dir/corpus/$target"
   mkdir -p "$corpus"

@@ -316,15 +316,30 @@ class SceneEngine {
   // stays linear in the file.
   static constexpr std::uint64_t kMaxLoadVisitsPerBlock = 16;
 
-  // Replaces the scene by the one stored at `path`. A missing file gives code 2, "SceneEngine::
-  // LoadScene : File doesn't exist." and leaves the scene as it was; otherwise the undo
-  // history is cleared and the old scene deleted before the file is read. Code 0 with the
-  // file's scene installed, renumbered, its parent pointers and tables refreshed and PostLoad
-  // run; code 2 otherwise: the reader's own message when the file cannot be opened or its
-  // chunks are broken, "SceneEngine::LoadScene : The file is not a SceneEngine file. Couldn't
-  // load any blocks." when no block record is found, "SceneEngine::LoadBlocks : Couldn't find
-  // a factory for one or more blocks." when a block's class is not registered, and a message
-  // naming the block for bad numbers, links and graphs too large to walk.
+  // Replaces the scene by the one stored at `path`. A missing file gives code 2,
+  // "SceneEngine::LoadScene : File doesn't exist." and leaves the scene as it was. Otherwise
+  // the undo history is cleared, then the old scene deleted, before the file is read. Code 0
+  // with the file's scene installed, renumbered from 0, its parent pointers set, its tables
+  // refreshed and PostLoad run. Every other outcome is code 2 with no scene, no block of the
+  // file left alive and no load record or number table kept:
+  //   - the reader's own message (naming the chunk and the offset, prefixed with
+  //     "SceneEngine::LoadScene : ") when the file cannot be opened or its chunks run past
+  //     their parent or the file;
+  //   - "SceneEngine::LoadScene : The file is not a SceneEngine file. Couldn't load any
+  //     blocks." without a scene chunk, a header or any block record;
+  //   - "SceneEngine::LoadScene : The header declares N blocks, but the scene chunk has room
+  //     for at most M." when the count could not fit in the bytes that follow it;
+  //   - "SceneEngine::LoadBlocks : Couldn't find a factory for one or more blocks." when a
+  //     block's class is not registered (placeholders stand in while the file is read);
+  //   - a message naming the block chunk for a saved number outside 0 .. count - 1 (-1 when
+  //     the info chunk is missing) or repeated, a link to such a number or to a slot the
+  //     block does not have, links that form a cycle, a first block that is not a scene,
+  //     a block's data asking for an impossible size, a graph past kMaxLoadPathVisits, or a
+  //     node hierarchy whose walk would pass kMaxLoadVisitsPerBlock visits per block;
+  //   - "SceneEngine::LoadScene : Failed loading the blocks\n" when no block was read but
+  //     records of an earlier LoadBlocks were left: they are dropped, their blocks untouched.
+  // A block's own Load result is not examined; a chunk of another id where a block record
+  // should be is skipped.
   [[nodiscard]] Status LoadScene(const char* path);
   [[nodiscard]] Status LoadScene(const std::string& path);
   // Reads the block chunks of the open scene chunk into m_block_load_data (already sized to

@@ -510,6 +510,30 @@ TEST_F(SceneEngineLoadTest, ALadderOfSixtyFourSharedLevelsIsRefusedWithoutWalkin
   EXPECT_LT(elapsed, std::chrono::seconds(10));
 }
 
+TEST_F(SceneEngineLoadTest, ANodeHierarchyThatListsNodesUnderSeveralParentsIsRefused) {
+  // Node k's children table lists node k + 1 twice, 40 levels deep: 2^40 paths reach the last
+  // node, below the bound on the whole graph but far past what the parent pointer walk may do.
+  const int levels = 40;
+  std::vector<FileBlock> blocks{SceneBlock(0, {-1, 1, -1, -1})};
+  for (int level = 0; level < levels; ++level) {
+    const std::int32_t node = 1 + 2 * level;
+    const std::int32_t next = node + 2;
+    blocks.push_back(FileBlock{115, 16, 32, node, -1, {-1, -1, -1, node + 1, -1}, true});
+    blocks.push_back(TableBlock(node + 1, {next, next}));
+  }
+  blocks.push_back(FileBlock{115, 16, 32, 1 + 2 * levels, -1, {}, true});
+  const Bytes file = MakeFile(static_cast<std::uint32_t>(blocks.size()), blocks);
+  const auto start = std::chrono::steady_clock::now();
+  const Status status = engine.LoadScene(WriteFile("nodes.scene", file));
+  const auto elapsed = std::chrono::steady_clock::now() - start;
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadScene : The node hierarchy reaches its nodes along 2199023255550 "
+            "paths, more than 16 per block of the file; the file is refused.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+  EXPECT_LT(elapsed, std::chrono::seconds(10));
+}
+
 TEST_F(SceneEngineLoadTest, AFileWhoseFirstBlockIsNotASceneIsRefused) {
   const Bytes file = MakeFile(2, {TableBlock(0, {1}), TableBlock(1, {})});
   const Status status = engine.LoadScene(WriteFile("table.scene", file));
