@@ -7,7 +7,6 @@
 #include <iterator>
 #include <random>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include <boost/filesystem.hpp>
@@ -15,15 +14,15 @@
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/block/block_table.h>
+#include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/engine/unknown_modifier.h>
 #include <orlo/base/engine/unknown_object.h>
 #include <orlo/base/engine/unknown_object_modifier.h>
-#include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/scene/main_scene.h>
-#include <orlo/base/scene/tool_block.h>
 #include <orlo/base/scene/node.h>
+#include <orlo/base/scene/tool_block.h>
 #include <orlo/support/bitmap_manager.h>
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
@@ -351,6 +350,20 @@ TEST_F(SceneEngineLoadTest, RandomHierarchiesSaveLoadAndSaveToTheSameBytes) {
     }
   }
 }
+
+// A change that reads a block of the scene it was recorded in when it is destroyed, as a
+// record that keeps its blocks would release them.
+class NodeNameRecord : public StateContainer {
+ public:
+  NodeNameRecord(Node* node, std::vector<std::string>* log) : m_node(node), m_log(log) {}
+  ~NodeNameRecord() override { m_log->push_back(m_node->GetName()); }
+  void Revert() override {}
+  void Apply() override {}
+
+ private:
+  Node* m_node;
+  std::vector<std::string>* m_log;
+};
 
 TEST_F(SceneEngineLoadTest, LoadingClearsTheUndoHistoryBeforeTheOldSceneGoes) {
   SceneEngine::StateRecorderInit();
