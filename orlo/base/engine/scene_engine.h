@@ -39,6 +39,7 @@ class Modifier;
 class Node;
 class Object;
 class ObjectModifier;
+class SceneLoad;
 class SceneSave;
 class StateContainer;
 class StateRecorder;
@@ -354,6 +355,74 @@ class SceneEngine {
   std::int32_t m_num_file_blocks = -1;
   // While a file loads, the block created for each saved number; not owning.
   std::vector<Block*> m_blocks_by_id;
+
+ public:
+  // ---- Loading and merging ----
+  // A scene file enters through LoadScene and may hold anything: every failure is a Status
+  // with code 2 and a message, and a load that fails frees every block it made and installs
+  // nothing (the engine then has no scene).
+
+  // The most visits a once-per-path walk over a loaded scene may make; a file whose graph
+  // needs more is refused with code 2 before any pass runs. The post-load pass and the table
+  // refresh enter a shared block once per path that reaches it, and so do the host's own
+  // per-path walks (EnumBlocks, events climbing through shared blocks) later: 64 levels of
+  // blocks each held twice by the one above need 2^64 visits. Scenes this library writes stay
+  // far below the bound: a chain of a million nodes, each transform holding its parent's,
+  // needs about 10^13.
+  static constexpr std::uint64_t kMaxLoadPathVisits = std::uint64_t{1} << 48;
+  // Up to this many per-path visits per block, the post-load pass enters a shared block once
+  // per path; past it (a deep chain of nodes, whose transforms each hold their parent's) each
+  // block gets PostLoad once, at its first visit, as the table refresh does, so that loading
+  // stays linear in the file.
+  static constexpr std::uint64_t kMaxLoadVisitsPerBlock = 16;
+
+  // Replaces the scene by the one stored at `path`. A missing file gives code 2,
+  // "SceneEngine::LoadScene : File doesn't exist." and leaves the scene as it was. Otherwise
+  // the undo history is cleared, then the old scene deleted, before the file is read. Code 0
+  // with the file's scene installed, renumbered from 0, its parent pointers set, its tables
+  // refreshed and PostLoad run. Every other outcome is code 2 with no scene, no block of the
+  // file left alive and no load record or number table kept:
+  //   - the reader's own message (naming the chunk and the offset, prefixed with
+  //     "SceneEngine::LoadScene : ") when the file cannot be opened or its chunks run past
+  //     their parent or the file;
+  //   - "SceneEngine::LoadScene : The file is not a SceneEngine file. Couldn't load any
+  //     blocks." without a scene chunk, a header or any block record;
+  //   - "SceneEngine::LoadScene : The header declares N blocks, but the scene chunk has room
+  //     for at most M." when the count could not fit in the bytes that follow it;
+  //   - "SceneEngine::LoadBlocks : Couldn't find a factory for one or more blocks." when a
+  //     block's class is not registered (placeholders stand in while the file is read);
+  //   - a message naming the block chunk for a saved number outside 0 .. count - 1 (-1 when
+  //     the info chunk is missing) or repeated, a link to such a number or to a slot the
+  //     block does not have, links that form a cycle, a first block that is not a scene,
+  //     a block's data asking for an impossible size, a graph past kMaxLoadPathVisits, or a
+  //     node hierarchy whose walk would pass kMaxLoadVisitsPerBlock visits per block;
+  //   - "SceneEngine::LoadScene : Failed loading the blocks\n" when no block was read but
+  //     records of an earlier LoadBlocks were left: they are dropped, their blocks untouched.
+  // A block's own Load result is not examined; a chunk of another id where a block record
+  // should be is skipped.
+  [[nodiscard]] Status LoadScene(const char* path);
+  [[nodiscard]] Status LoadScene(const std::string& path);
+  // Reads the block chunks of the open scene chunk into m_block_load_data (already sized to
+  // the header's count), creates the blocks and links them by number. Used by LoadScene.
+  [[nodiscard]] Status LoadBlocks(SceneLoad* load);
+  // Frees every load record and empties m_block_load_data; the blocks are not touched.
+  void DestroyBlockLoadData();
+
+  // Moves the nodes under `other`'s main node to this engine's main node; always 0. Kept as
+  // is: the index is never adjusted while AddChild takes each moved node out of `other`, so
+  // only the nodes at even positions of the original order move, and the rest stay in
+  // `other`. With `names_only` each node's name is only looked up here; nothing moves.
+  // Requires: both engines have a scene.
+  int MergeScene(SceneEngine* other, bool names_only);
+  // Does nothing and returns 0: merging from a file goes through a second engine.
+  int MergeScene(const char* path);
+
+ private:
+  // Lets the loader's tests drive LoadBlocks on records they size themselves.
+  friend class SceneLoadTestPeer;
+
+  // Frees the blocks of the current load records and forgets them: the load failed.
+  void FreeLoadedBlocks();
 };
 
 }  // namespace Orlo

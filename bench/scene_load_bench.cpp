@@ -1,0 +1,146 @@
+// Measures loading the shared scene workload (bench/scene_workload.h) at 10,000 and 100,000
+// nodes in each of its three shapes.
+//
+// For each shape and size the scene is built and saved once, outside the timing; each
+// iteration then loads the file into an engine whose scene was deleted beforehand (also
+// outside the timing), so the time is LoadScene alone: reading, creating, linking, renumbering,
+// the parent pointers, the table refresh and the post-load pass.
+// Counters: nodes/s and blocks/s (blocks created from the file), and heap_bytes/node, the heap
+// the loaded scene holds once LoadScene returns, divided by the nodes. The heap figure comes
+// from replacing the global allocation functions in this program, as node_memory_bench does.
+// The files live in a fresh directory under the system's temporary directory, removed at exit.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include <benchmark/benchmark.h>
+#include <boost/filesystem.hpp>
+
+#include <orlo/base/engine/base_library.h>
+#include <orlo/base/engine/scene_engine.h>
+#include <orlo/support/status.h>
+
+#include "bench/scene_workload.h"
+
+namespace {
+
+// The bytes the program holds on the heap now. The benchmark runs on one thread.
+std::int64_t g_live_bytes = 0;
+
+// Keeps the prefix a multiple of the strictest fundamental alignment.
+constexpr std::size_t kPrefix = alignof(std::max_align_t);
+
+void* CountedAllocate(std::size_t size) {
+  void* raw = std::malloc(size + kPrefix);
+  if (raw == nullptr) return nullptr;
+  *static_cast<std::size_t*>(raw) = size;
+  g_live_bytes += static_cast<std::int64_t>(size);
+  return static_cast<char*>(raw) + kPrefix;
+}
+
+void CountedFree(void* pointer) {
+  if (pointer == nullptr) return;
+  void* raw = static_cast<char*>(pointer) - kPrefix;
+  g_live_bytes -= static_cast<std::int64_t>(*static_cast<std::size_t*>(raw));
+  std::free(raw);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  if (void* pointer = CountedAllocate(size)) return pointer;
+  throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) {
+  if (void* pointer = CountedAllocate(size)) return pointer;
+  throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return CountedAllocate(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return CountedAllocate(size);
+}
+void operator delete(void* pointer) noexcept { CountedFree(pointer); }
+void operator delete[](void* pointer) noexcept { CountedFree(pointer); }
+void operator delete(void* pointer, std::size_t) noexcept { CountedFree(pointer); }
+void operator delete[](void* pointer, std::size_t) noexcept { CountedFree(pointer); }
+void operator delete(void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
+void operator delete[](void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
+
+namespace {
+
+using Orlo::SceneEngine;
+using Orlo::Status;
+using Orlo::bench::BuildSceneWorkload;
+using Orlo::bench::WorkloadShape;
+
+// A directory for the files of this run, removed at exit.
+const boost::filesystem::path& WorkDirectory() {
+  static const struct Directory {
+    boost::filesystem::path path;
+    Directory()
+        : path(boost::filesystem::temp_directory_path() /
+               boost::filesystem::unique_path("orlo-scene-load-bench-%%%%-%%%%")) {
+      boost::filesystem::create_directories(path);
+    }
+    ~Directory() { boost::filesystem::remove_all(path); }
+  } directory;
+  return directory.path;
+}
+
+WorkloadShape ShapeOf(const benchmark::State& state) {
+  return static_cast<WorkloadShape>(state.range(0));
+}
+
+int NodesOf(const benchmark::State& state) { return static_cast<int>(state.range(1)); }
+
+void BM_Load(benchmark::State& state) {
+  Orlo::RegisterBaseLibrary();
+  const int nodes = NodesOf(state);
+  const std::string path = (WorkDirectory() / "load.scene").string();
+  SceneEngine engine;
+  SceneEngine::SetScene(&engine);
+  engine.InitScene();
+  BuildSceneWorkload(&engine, ShapeOf(state), nodes);
+  if (!engine.SaveScene(path).IsOk()) state.SkipWithError("save failed");
+  const int blocks = engine.GetNumBlocks();
+  std::int64_t heap = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    engine.DeleteScene();
+    const std::int64_t before = g_live_bytes;
+    state.ResumeTiming();
+    const Status status = engine.LoadScene(path);
+    state.PauseTiming();
+    heap = g_live_bytes - before;
+    if (!status.IsOk()) state.SkipWithError(status.GetMessage().c_str());
+    state.ResumeTiming();
+  }
+  using benchmark::Counter;
+  state.counters["nodes/s"] = Counter(nodes, Counter::kIsIterationInvariantRate);
+  state.counters["blocks/s"] = Counter(blocks, Counter::kIsIterationInvariantRate);
+  state.counters["blocks"] = blocks;
+  state.counters["heap_bytes/node"] = static_cast<double>(heap) / nodes;
+  state.SetLabel(std::string(Orlo::bench::WorkloadShapeName(ShapeOf(state))) + "/" +
+                 std::to_string(nodes));
+  engine.DeleteScene();
+  SceneEngine::SetScene(nullptr);
+  SceneEngine::DestroyFactories();
+  boost::filesystem::remove(path);
+}
+
+void Sizes(benchmark::internal::Benchmark* benchmark) {
+  for (int shape : {0, 1, 2}) {
+    for (int nodes : {10000, 100000}) benchmark->Args({shape, nodes});
+  }
+  benchmark->ArgNames({"shape", "nodes"})->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+BENCHMARK(BM_Load)->Apply(Sizes);
+
+}  // namespace
+
+BENCHMARK_MAIN();
