@@ -20,6 +20,7 @@
 #include "tools/orlo/commands/info_command.h"
 #include "tools/orlo/commands/plugins_command.h"
 #include "tools/orlo/commands/tree_command.h"
+#include "tools/orlo/commands/validate_command.h"
 #include "tools/orlo/demo/demo_library.h"
 #include "tools/orlo/plugin_loader.h"
 
@@ -66,13 +67,16 @@ int Main(int argc, char** argv) {
   std::vector<std::string> plugins;
   app.add_option("--plugin", plugins,
                  "Shared library that registers block classes (repeatable); the folders of "
-                 "ORLO_PLUGIN_PATH are loaded first");
+                 "ORLO_PLUGIN_PATH are loaded first")
+      // One library per --plugin, so that `info --plugin x.so FILE` leaves FILE alone.
+      ->allow_extra_args(false);
 
   std::vector<std::unique_ptr<Command>> commands;
   commands.push_back(std::make_unique<DemoCommand>());
   commands.push_back(std::make_unique<InfoCommand>());
   commands.push_back(std::make_unique<TreeCommand>());
   commands.push_back(std::make_unique<BlocksCommand>());
+  commands.push_back(std::make_unique<ValidateCommand>());
   commands.push_back(std::make_unique<PluginsCommand>());
   std::vector<CLI::App*> subcommands;
   for (const auto& command : commands) subcommands.push_back(command->Add(app));

@@ -179,6 +179,28 @@ SceneFile ParseSceneFile(std::string path, std::vector<std::uint8_t> bytes) {
   file.path = std::move(path);
   file.bytes = std::move(bytes);
   Walker(file).Run();
+  if (file.framing_intact || file.has_scene_chunk || file.bytes.size() < kChunkHeaderSize) {
+    return file;
+  }
+  // A file cut short fails at once: the scene chunk claims more bytes than are left. The
+  // blocks before the cut are still worth showing, so the walk is repeated on a copy whose
+  // scene chunk ends with the file; the first problem stays the real one.
+  std::uint32_t id = 0;
+  for (int i = 3; i >= 0; --i) id = (id << 8) | file.bytes[static_cast<std::size_t>(i)];
+  if (id != kSceneChunk) return file;
+  SceneFile shortened;
+  shortened.path = file.path;
+  shortened.bytes = file.bytes;
+  std::uint64_t length = shortened.bytes.size() - kChunkHeaderSize;
+  for (std::size_t i = 4; i < kChunkHeaderSize; ++i, length >>= 8) {
+    shortened.bytes[i] = static_cast<std::uint8_t>(length & 0xff);
+  }
+  Walker(shortened).Run();
+  file.has_scene_chunk = shortened.has_scene_chunk;
+  file.has_header = shortened.has_header;
+  file.header_count = shortened.header_count;
+  file.blocks = std::move(shortened.blocks);
+  file.problems.insert(file.problems.end(), shortened.problems.begin(), shortened.problems.end());
   return file;
 }
 
