@@ -36,6 +36,7 @@
 #include <orlo/base/controllers/bezier_controller.h>
 #include <orlo/base/controllers/controller.h>
 #include <orlo/base/controllers/float_controller.h>
+#include <orlo/base/controllers/look_at_controller.h>
 #include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/controllers/point3_controller.h>
 #include <orlo/base/controllers/transform3_controller.h>
@@ -55,4 +56,5 @@
 
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/block_load_data.h>
+#include <orlo/base/engine/replace_dependency_state_container.h>
 #include <orlo/base/engine/scene_engine.h>

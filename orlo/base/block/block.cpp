@@ -20,6 +20,12 @@ namespace Orlo {
 
 namespace {
 
+// The host pointers of the blocks that have one.
+std::unordered_map<const Block*, void*>& HostData() {
+  static std::unordered_map<const Block*, void*> data;
+  return data;
+}
+
 constexpr unsigned kBlockInfoChunk = 0x0005;
 constexpr unsigned kBlockDependenciesChunk = 0x0010;
 
@@ -31,6 +37,21 @@ constexpr char kIndexOutOfRange[] =
 std::vector<const Block*>& GuardedBlocks() {
   static std::vector<const Block*> guarded;
   return guarded;
+}
+
+// Blocks that lost their last dependant while guarded, to be released when the outermost graph
+// operation ends; and how deep graph operations are nested now.
+std::vector<Block*>& AbandonedBlocks() {
+  static std::vector<Block*> abandoned;
+  return abandoned;
+}
+int g_operation_depth = 0;
+
+void NoteAbandoned(Block* block) {
+  std::vector<Block*>& abandoned = AbandonedBlocks();
+  if (std::find(abandoned.begin(), abandoned.end(), block) == abandoned.end()) {
+    abandoned.push_back(block);
+  }
 }
 
 }  // namespace
@@ -70,29 +91,20 @@ void Block::Update(int) {}
 
 // ---- Copying and destruction ----
 
-Block::Block(const Block& other)
-    : m_data(other.m_data),
-      m_dependants(other.m_dependants),
-      m_listeners(other.m_listeners),
-      m_send_events(other.m_send_events),
-      m_id(other.m_id),
-      m_saved(other.m_saved) {
+Block::Block(const Block& other) : Block() { *this = other; }
+
+Block& Block::operator=(const Block& other) {
+  if (this == &other) return *this;
+  SetData(other.GetData());
+  m_dependants = other.m_dependants;
+  CopyListenersOf(other);
+  m_send_events = other.m_send_events;
+  m_id = other.m_id;
+  m_saved = other.m_saved;
   // The copied dependants hold the copy in no slot: each of them is recorded, so that it never
   // outlives the copy's knowledge of it.
   for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
   // The copy's dependants may change what the blocks below it can observe.
-  ForgetQuietAnswers();
-}
-
-Block& Block::operator=(const Block& other) {
-  if (this == &other) return *this;
-  m_data = other.m_data;
-  m_dependants = other.m_dependants;
-  m_listeners = other.m_listeners;
-  m_send_events = other.m_send_events;
-  m_id = other.m_id;
-  m_saved = other.m_saved;
-  for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
   m_quiet_stamp = 0;
   ForgetQuietAnswers();
   return *this;
@@ -102,6 +114,26 @@ Block::~Block() {
   // Blocks are destroyed through the release path, which has already made the other blocks of
   // irregular pairs forget this one; this covers a host that calls DeleteThis itself.
   if (!internal::IrregularLinks::Empty()) ForgetIrregularLinks(this, nullptr);
+  SetData(nullptr);
+  DropListeners();
+  std::vector<Block*>& abandoned = AbandonedBlocks();
+  if (!abandoned.empty())
+    abandoned.erase(std::remove(abandoned.begin(), abandoned.end(), this), abandoned.end());
+}
+
+void* Block::GetData() const {
+  if (!m_has_data) return nullptr;
+  return HostData().at(this);
+}
+
+void Block::SetData(void* data) {
+  if (data == nullptr) {
+    if (m_has_data) HostData().erase(this);
+    m_has_data = 0;
+    return;
+  }
+  HostData()[this] = data;
+  m_has_data = 1;
 }
 
 // ---- Reachability ----
@@ -256,6 +288,7 @@ bool Block::MakeDependant(int, Block* dependant) {
 // ---- Linking and releasing ----
 
 Status Block::MakeDependencyByID(int index, Block* block) {
+  OperationScope operation;
   Status result;
   if (block == this) {
     result.Set(Status::kInvalidArgument, kCyclicDependency);
@@ -294,6 +327,7 @@ Status Block::MakeDependencyByID(int index, Block* block) {
 }
 
 void Block::DeleteDependency(int index) {
+  OperationScope operation;
   Block* dependency = GetDependency(index);
   if (dependency == nullptr) return;
   {
@@ -309,10 +343,12 @@ void Block::FinishSlotRelease(int index) {
 }
 
 void Block::DeleteAllDependencies() {
+  OperationScope operation;
   for (int i = 0; i < NumDependencies(); ++i) DeleteDependency(i);
 }
 
 bool Block::ReplaceDependency(Block* old_block, Block* new_block) {
+  OperationScope operation;
   const int num_slots = NumDependencies();
   for (int i = 0; i < num_slots; ++i) {
     if (GetDependency(i) != old_block) continue;
@@ -349,24 +385,65 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
     if (taken.size() > may_take) taken.resize(may_take);
   }
   for (std::size_t i = taken.size(); i > 0; --i) {
-    m_dependants.erase(m_dependants.begin() + static_cast<std::ptrdiff_t>(taken[i - 1]));
+    m_dependants.erase(taken[i - 1]);
   }
   return m_dependants.empty() ? Removal::kLostLast : Removal::kStillHeld;
 }
 
-bool Block::ShouldRelease(Block* dependant, Removal removal) const {
-  if (removal == Removal::kStillHeld) return false;
+void Block::CollectIfUnowned() {
+  // Links never close a cycle, but a leftover reference can: a block set twice into a slot of
+  // one of its own dependencies and released once keeps that dependency alive, which keeps it
+  // alive in turn. Such blocks are owned by nothing outside themselves when no block above
+  // them lacks a dependant (an owner of the graph: the scene root or a block the host keeps).
+  std::vector<Block*> above{this};
+  internal::VisitedSet seen;
+  seen.Insert(this);
+  for (std::size_t i = 0; i < above.size(); ++i) {
+    bool has_dependant = false;
+    for (Block* dependant : above[i]->m_dependants) {
+      if (dependant == nullptr) continue;
+      has_dependant = true;
+      if (seen.Insert(dependant)) above.push_back(dependant);
+    }
+    if (!has_dependant) return;  // owned from outside
+  }
+  // Nothing outside holds them: the leftover references among them go, and the blocks this
+  // leaves without a dependant are released when the operation ends, taking the rest along.
+  for (Block* block : above) {
+    std::vector<Block*> leftovers;
+    for (Block* dependant : block->m_dependants) {
+      if (dependant != nullptr && seen.Contains(dependant) &&
+          internal::IrregularLinks::Contains(dependant, block) && !HoldsInSlot(dependant, block)) {
+        leftovers.push_back(dependant);
+      }
+    }
+    for (Block* leftover : leftovers) block->m_dependants.erase_all(leftover);
+    if (block->m_dependants.empty()) NoteAbandoned(block);
+  }
+}
+
+bool Block::ShouldRelease(Block* dependant, Removal removal) {
+  if (removal == Removal::kStillHeld) {
+    if (!internal::IrregularLinks::Empty()) CollectIfUnowned();
+    return false;
+  }
   // A slot that held this block without a back reference releases it as the last link would,
   // but an entry left unlinked by a refused PushBack never owned its block: that block reaches
   // the table, so letting the entry own it would also let it outlive everything.
   if (removal == Removal::kNeverHeld && internal::IrregularLinks::Contains(dependant, this)) {
     return false;
   }
-  // A block whose own release of a slot led back to it is not destroyed there.
-  return !internal::IsReleaseGuarded(this);
+  // A block whose own operation led back to it is not destroyed there; the operation may
+  // release it once it is done.
+  if (internal::IsReleaseGuarded(this)) {
+    if (removal == Removal::kLostLast) NoteAbandoned(this);
+    return false;
+  }
+  return true;
 }
 
 bool Block::EraseDependantFromTable(Block* dependant) {
+  OperationScope operation;
   if (!ShouldRelease(dependant, RemoveDependantEntries(dependant))) return false;
   ReleaseUnreferenced(this);
   return true;
@@ -427,6 +504,23 @@ void Block::ReleaseUnreferenced(Block* block) {
   }
 }
 
+Block::OperationScope::OperationScope() { ++g_operation_depth; }
+
+Block::OperationScope::~OperationScope() {
+  if (--g_operation_depth != 0) return;
+  // The outermost operation is done with every block it was working on: a block that lost its
+  // last dependant meanwhile, while one of its own operations ran, and still has none, is
+  // released now. Releasing runs operations of its own; the depth keeps them from draining.
+  ++g_operation_depth;
+  std::vector<Block*>& abandoned = AbandonedBlocks();
+  while (!abandoned.empty()) {
+    Block* block = abandoned.back();
+    abandoned.pop_back();
+    if (block->m_dependants.empty()) ReleaseUnreferenced(block);
+  }
+  --g_operation_depth;
+}
+
 void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
   if (internal::IrregularLinks::Empty()) return;
   std::vector<Block*> held;
@@ -435,11 +529,11 @@ void Block::ForgetIrregularLinks(Block* dying, std::vector<Block*>* orphans) {
   for (Block* block : held) {
     if (block == dying) continue;
     // Every back reference to a block that is going dangles: drop them all.
-    std::vector<Block*>& dependants = block->m_dependants;
-    const std::size_t before = dependants.size();
-    dependants.erase(std::remove(dependants.begin(), dependants.end(), dying), dependants.end());
-    const bool lost_last = before != 0 && dependants.empty();
-    if (lost_last && orphans != nullptr && !internal::IsReleaseGuarded(block)) {
+    const bool lost_last = block->m_dependants.erase_all(dying) != 0 && block->m_dependants.empty();
+    if (!lost_last || orphans == nullptr) continue;
+    if (internal::IsReleaseGuarded(block)) {
+      NoteAbandoned(block);
+    } else {
       orphans->push_back(block);
     }
   }
@@ -465,6 +559,7 @@ void Block::RemoveFromDependants() {
 }
 
 void Block::DeleteThisBlock(bool delete_block) {
+  OperationScope operation;
   for (int i = 0; i < NumDependencies(); ++i) DeleteDependency(i);
   RemoveFromDependants();
   if (!delete_block) return;

@@ -29,6 +29,7 @@
 
 #include <orlo/base/block/block_event.h>
 #include <orlo/base/block/block_type.h>
+#include <orlo/base/block/internal/dependant_list.h>
 #include <orlo/support/color.h>
 #include <orlo/support/point3.h>
 #include <orlo/support/status.h>
@@ -46,7 +47,7 @@ class Block {
   // The number of a block that has none in the current scene.
   static constexpr std::uint32_t kNoID = 0xFFFFFFFFu;
 
-  Block() = default;
+  Block() : m_quiet_stamp(0), m_send_events(1), m_has_listeners(0), m_has_data(0) {}
   // Copies every field as it stands, both lists included: a copy starts with the same
   // dependants and listeners as its source. Callers that clone blocks fix the relations.
   Block(const Block& other);
@@ -144,8 +145,8 @@ class Block {
   // The oldest dependant, or null.
   Block* GetParentBlock() const;
 
-  void* GetData() const { return m_data; }
-  void SetData(void* data) { m_data = data; }
+  void* GetData() const;
+  void SetData(void* data);
 
   // The block's number in the scene (kNoID when it has none) and its saved mark; assigned
   // and reset by the engine when it numbers, saves and loads a scene.
@@ -179,8 +180,8 @@ class Block {
   void PostEvent(BlockEvent event);
   void PostEvent(int code, int param);
   void ProcessEvent(int code, int param);
-  bool GetSendEvents() const { return m_send_events; }
-  void SetSendEvents(bool send_events) { m_send_events = send_events; }
+  bool GetSendEvents() const { return m_send_events != 0; }
+  void SetSendEvents(bool send_events) { m_send_events = send_events ? 1 : 0; }
 
   // ---- Attribute access through the block's parameter table ----
   // The status forms report code 2 when the block has no table; with a table they report
@@ -209,6 +210,20 @@ class Block {
   Color GetColorAttribute(int id, int time, int index, Status* status);
   std::string GetStringAttribute(int id, int time, int index, Status* status);
 
+ protected:
+  // Marks a graph operation for as long as it lives. An operation may let go of the last block
+  // holding the very block it works on (through a table entry that holds an ancestor, say);
+  // that block is kept alive while operations run and released when the outermost one ends,
+  // if nothing holds it then. Compound operations of subclasses that release several slots
+  // hold one for their whole length.
+  class OperationScope {
+   public:
+    OperationScope();
+    OperationScope(const OperationScope&) = delete;
+    OperationScope& operator=(const OperationScope&) = delete;
+    ~OperationScope();
+  };
+
  private:
   enum class Removal {
     kStillHeld,  // dependants remain
@@ -217,8 +232,12 @@ class Block {
   };
   // Removes `dependant`'s back references as one of its slots lets go of this block.
   Removal RemoveDependantEntries(Block* dependant);
+  // After a release that left this block with dependants: when they hold it only through a
+  // cycle of leftover references, breaks the cycle so that the blocks in it are released
+  // once the operation ends.
+  void CollectIfUnowned();
   // Whether a block that `dependant` let go of, with that result, is released now.
-  bool ShouldRelease(Block* dependant, Removal removal) const;
+  bool ShouldRelease(Block* dependant, Removal removal);
   // Whether `target` can be reached from `top` going down through the slots.
   static bool Reaches(const Block* top, const Block* target);
   // Releases a block that has just lost its last dependant, and everything only it kept.
@@ -235,23 +254,30 @@ class Block {
   static bool IsQuiet(Block* block);
   // Whether an event reaching this block can be seen: it has listeners or translates events.
   bool ObservesEvents() const;
+  // The block's listeners, or null when it has none.
+  const std::vector<BlockListener*>* Listeners() const;
+  void DropListeners();
+  void CopyListenersOf(const Block& other);
   // Called when `dependant` has become one of `held`'s dependants.
   static void NoteNewDependant(Block* held, Block* dependant);
   // Drops every kept answer of IsQuiet.
   static void ForgetQuietAnswers();
 
-  // Opaque pointer for the host; never read by the library.
-  void* m_data = nullptr;
+  // Every scene is made of many thousands of blocks, so a block keeps only what most blocks
+  // use: one back reference lives inside the list, and the host pointer and the listeners,
+  // which few blocks have, are kept beside the blocks (a flag says whether there are any).
+
   // One entry per link made to this block, duplicates included; not owning.
-  std::vector<Block*> m_dependants;
-  // Observers; never holds the same listener twice; not owning.
-  std::vector<BlockListener*> m_listeners;
-  bool m_send_events = true;
-  std::uint32_t m_id = kNoID;
-  int m_saved = 0;
+  internal::DependantList m_dependants;
   // The last answer of IsQuiet in the low bit, and above it the generation of the graph's
   // observers it was given in; an answer of an older generation is computed again.
-  std::uint64_t m_quiet_stamp = 0;
+  std::uint64_t m_quiet_stamp : 61;
+  std::uint64_t m_send_events : 1;
+  // Whether the block has an entry among the listener lists / the host pointers.
+  std::uint64_t m_has_listeners : 1;
+  std::uint64_t m_has_data : 1;
+  std::uint32_t m_id = kNoID;
+  int m_saved = 0;
 };
 
 }  // namespace Orlo

@@ -15,6 +15,8 @@
 // after it posts.
 #include <algorithm>
 #include <cstdint>
+#include <deque>
+#include <unordered_map>
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_listener.h>
@@ -38,23 +40,60 @@ std::vector<Delivery>& PendingDeliveries() {
   return pending;
 }
 
+// The senders of the pending deliveries of the innermost delivery loop, in the same order: the
+// blocks its event is climbing through. Back references that deliberate rules left over can
+// close a cycle, which an event would otherwise climb forever; a dependant already on this path
+// does not get the event again. One path per nesting level, kept for reuse.
+std::deque<internal::WalkPath>& DeliveryPaths() {
+  static std::deque<internal::WalkPath> paths;
+  return paths;
+}
+std::size_t g_delivery_depth = 0;
+
+internal::WalkPath& DeliveryPath() { return DeliveryPaths()[g_delivery_depth - 1]; }
+
+void PushDelivery(const Delivery& delivery) {
+  PendingDeliveries().push_back(delivery);
+  DeliveryPath().Push(delivery.sender);
+}
+
+void PopDelivery() {
+  PendingDeliveries().pop_back();
+  DeliveryPath().Pop();
+}
+
 // The dependant whose ProcessEvent the innermost delivery loop is calling, or null.
 Block* g_queueing_block = nullptr;
+
+// The listeners of the blocks that have some, in the order they were added.
+std::unordered_map<const Block*, std::vector<BlockListener*>>& ListenerLists() {
+  static std::unordered_map<const Block*, std::vector<BlockListener*>> lists;
+  return lists;
+}
 
 // The generation of the graph's observers: it moves on whenever a block may have gained an
 // observer above it, which makes every kept answer of IsQuiet stale.
 std::uint64_t g_observer_generation = 1;
+
+// The quiet stamp of an answer given now, without its answer bit; it fits the block's 61 bits
+// for the first 2^60 generations.
+std::uint64_t CurrentQuietStamp() {
+  return (g_observer_generation << 1) & ((std::uint64_t{1} << 61) - 1);
+}
 
 // Restores the delivery state when a loop ends, also when a listener throws.
 class DeliveryScope {
  public:
   DeliveryScope() : m_base(PendingDeliveries().size()), m_saved_queueing(g_queueing_block) {
     g_queueing_block = nullptr;
+    if (DeliveryPaths().size() == g_delivery_depth) DeliveryPaths().emplace_back();
+    ++g_delivery_depth;
   }
   DeliveryScope(const DeliveryScope&) = delete;
   DeliveryScope& operator=(const DeliveryScope&) = delete;
   ~DeliveryScope() {
-    PendingDeliveries().resize(m_base, Delivery{nullptr, BlockEvent(), 0, 0});
+    while (PendingDeliveries().size() > m_base) PopDelivery();
+    --g_delivery_depth;
     g_queueing_block = m_saved_queueing;
   }
   std::size_t Base() const { return m_base; }
@@ -66,15 +105,42 @@ class DeliveryScope {
 
 }  // namespace
 
+const std::vector<BlockListener*>* Block::Listeners() const {
+  if (!m_has_listeners) return nullptr;
+  return &ListenerLists().at(this);
+}
+
 void Block::AddBlockListener(BlockListener* listener) {
-  if (std::find(m_listeners.begin(), m_listeners.end(), listener) != m_listeners.end()) return;
+  if (const std::vector<BlockListener*>* listeners = Listeners()) {
+    if (std::find(listeners->begin(), listeners->end(), listener) != listeners->end()) return;
+  }
   if (!ObservesEvents()) ForgetQuietAnswers();
-  m_listeners.push_back(listener);
+  ListenerLists()[this].push_back(listener);
+  m_has_listeners = 1;
 }
 
 void Block::RemoveBlockListener(BlockListener* listener) {
-  auto found = std::find(m_listeners.begin(), m_listeners.end(), listener);
-  if (found != m_listeners.end()) m_listeners.erase(found);
+  if (!m_has_listeners) return;
+  std::vector<BlockListener*>& listeners = ListenerLists().at(this);
+  auto found = std::find(listeners.begin(), listeners.end(), listener);
+  if (found == listeners.end()) return;
+  listeners.erase(found);
+  if (listeners.empty()) DropListeners();
+}
+
+void Block::DropListeners() {
+  if (m_has_listeners) ListenerLists().erase(this);
+  m_has_listeners = 0;
+}
+
+void Block::CopyListenersOf(const Block& other) {
+  DropListeners();
+  if (const std::vector<BlockListener*>* listeners = other.Listeners()) {
+    if (!ObservesEvents()) ForgetQuietAnswers();
+    std::vector<BlockListener*> copy = *listeners;  // the table may grow while inserting
+    ListenerLists()[this] = std::move(copy);
+    m_has_listeners = 1;
+  }
 }
 
 void Block::PostEvent(int code, int param) { PostEvent(BlockEvent(this, code, param)); }
@@ -88,7 +154,7 @@ void Block::ProcessEvent(BlockEvent event) {
 
 bool Block::RelaysEventsUnchanged() const { return false; }
 
-bool Block::ObservesEvents() const { return !m_listeners.empty() || !RelaysEventsUnchanged(); }
+bool Block::ObservesEvents() const { return m_has_listeners || !RelaysEventsUnchanged(); }
 
 void Block::ForgetQuietAnswers() { ++g_observer_generation; }
 
@@ -97,13 +163,13 @@ void Block::NoteNewDependant(Block* held, Block* dependant) {
   if (!dependant->ObservesEvents() && IsQuiet(dependant)) return;  // still nothing to observe
   // `held` and everything below it may now have an observer above. Nothing below a block known
   // to have one can have been found quiet, so that case needs no fresh answers.
-  const std::uint64_t current = g_observer_generation << 1;
+  const std::uint64_t current = CurrentQuietStamp();
   if (held->m_quiet_stamp == current) return;
   ForgetQuietAnswers();
 }
 
 bool Block::IsQuiet(Block* block) {
-  const std::uint64_t current = g_observer_generation << 1;
+  const std::uint64_t current = CurrentQuietStamp();
   auto known = [current](const Block* b) {
     return (b->m_quiet_stamp & ~std::uint64_t{1}) == current;
   };
@@ -145,7 +211,7 @@ bool Block::IsQuiet(Block* block) {
 void Block::PostEvent(BlockEvent event) {
   if (!m_send_events) return;
   if (this == g_queueing_block) {
-    PendingDeliveries().push_back({this, event, 0, 0});
+    PushDelivery({this, event, 0, 0});
     return;
   }
   DeliverEvent(this, event);
@@ -154,27 +220,28 @@ void Block::PostEvent(BlockEvent event) {
 void Block::DeliverEvent(Block* sender, BlockEvent event) {
   std::vector<Delivery>& pending = PendingDeliveries();
   DeliveryScope scope;
-  pending.push_back({sender, event, 0, 0});
+  PushDelivery({sender, event, 0, 0});
   while (pending.size() > scope.Base()) {
     // Copies, not references: a listener or a dependant may grow the stack.
     const Delivery top = pending.back();
     Block* block = top.sender;
     // The lists are read again at every step: a listener that removes itself shifts the later
     // ones forward, so the one after it misses this event.
-    if (top.next_listener < block->m_listeners.size()) {
+    const std::vector<BlockListener*>* listeners = block->Listeners();
+    if (listeners != nullptr && top.next_listener < listeners->size()) {
       ++pending.back().next_listener;
-      block->m_listeners[top.next_listener]->OnBlockEvent(top.event);
+      (*listeners)[top.next_listener]->OnBlockEvent(top.event);
       continue;
     }
     // Nothing above a quiet block can tell whether the event climbed: it stops here.
     if (top.next_dependant == 0 && !block->m_dependants.empty() && IsQuiet(block)) {
-      pending.pop_back();
+      PopDelivery();
       continue;
     }
     if (top.next_dependant < block->m_dependants.size()) {
       ++pending.back().next_dependant;
       Block* dependant = block->m_dependants[top.next_dependant];
-      if (dependant == nullptr) continue;
+      if (dependant == nullptr || DeliveryPath().Contains(dependant)) continue;
       const std::size_t queued_before = pending.size();
       g_queueing_block = dependant;
       dependant->ProcessEvent(top.event);
@@ -183,7 +250,7 @@ void Block::DeliverEvent(Block* sender, BlockEvent event) {
       std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(queued_before), pending.end());
       continue;
     }
-    pending.pop_back();
+    PopDelivery();
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <typeinfo>
+#include <vector>
 
 #include <orlo/base/block/internal/irregular_links.h>
 #include <orlo/base/block/internal/release_guard.h>
@@ -81,6 +82,7 @@ void BlockTable::Append(Block* block) {
 }
 
 void BlockTable::PushBack(Block* block) {
+  OperationScope operation;
   {
     MuteScope mute(this);
     const int index = NumDependencies();
@@ -102,6 +104,7 @@ Status BlockTable::SetBlock(int index, Block* block) {
 }
 
 void BlockTable::Erase(int index) {
+  OperationScope operation;
   {
     MuteScope mute(this);
     if (index < 0 || index >= NumDependencies()) return;
@@ -113,15 +116,24 @@ void BlockTable::Erase(int index) {
 }
 
 void BlockTable::Erase(Block* block) {
+  OperationScope operation;
   bool removed = false;
   {
     MuteScope mute(this);
-    for (int position = NumDependencies() - 1; position >= 0; --position) {
-      if (position >= NumDependencies() || m_blocks[static_cast<std::size_t>(position)] != block) {
-        continue;
+    // The positions are taken first: releasing one entry may destroy the block, and the
+    // table's other entries that held it then read null. They are removed all the same.
+    std::vector<std::size_t> positions;
+    for (std::size_t i = m_blocks.size(); i > 0; --i) {
+      if (m_blocks[i - 1] == block) positions.push_back(i - 1);
+    }
+    for (std::size_t position : positions) {
+      if (position >= m_blocks.size()) continue;
+      Block* entry = m_blocks[position];
+      if (entry != block && entry != nullptr) continue;
+      DeleteDependency(static_cast<int>(position));
+      if (position < m_blocks.size()) {
+        m_blocks.erase(m_blocks.begin() + static_cast<std::ptrdiff_t>(position));
       }
-      DeleteDependency(position);
-      if (position < NumDependencies()) m_blocks.erase(m_blocks.begin() + position);
       removed = true;
     }
   }
@@ -129,6 +141,7 @@ void BlockTable::Erase(Block* block) {
 }
 
 void BlockTable::SwapBlocks(Block* a, Block* b) {
+  OperationScope operation;
   if (a == nullptr || b == nullptr || m_blocks.empty()) return;
   std::size_t position_a = m_blocks.size();
   std::size_t position_b = m_blocks.size();
@@ -161,6 +174,9 @@ void BlockTable::ShrinkTo(std::size_t count) {
 
 void BlockTable::SetNumBlocks(int count) {
   assert(count >= 0 && "BlockTable::SetNumBlocks: negative count");
+  // An entry destroyed outright may have been the last block holding this table (an unlinked
+  // entry that the table sits below): the table then goes too, once it has shrunk.
+  OperationScope operation;
   const std::size_t wanted = count > 0 ? static_cast<std::size_t>(count) : 0;
   if (wanted < m_blocks.size()) {
     ShrinkTo(wanted);
@@ -173,11 +189,6 @@ bool BlockTable::RelaysEventsUnchanged() const { return typeid(*this) == typeid(
 
 namespace {
 
-// Whether `block` is a table whose Clone is BlockTable's own.
-BlockTable* AsPlainTable(Block* block) {
-  return typeid(*block) == typeid(BlockTable) ? static_cast<BlockTable*>(block) : nullptr;
-}
-
 // Links a cloned entry into its copy's slot. A clone that the copy cannot take has no other
 // owner: it is released rather than leaked.
 void TakeClone(BlockTable* copy, int index, Block* clone) {
@@ -187,47 +198,60 @@ void TakeClone(BlockTable* copy, int index, Block* clone) {
   if (dependants.empty()) clone->DeleteThisBlock(true);
 }
 
-}  // namespace
-
-Block* BlockTable::Clone() {
-  // The deep copy, entry by entry in order, with an explicit stack for the tables nested in
-  // the table, so that a chain of tables of any depth is copied without deep recursion. Each
-  // nested copy is linked into its slot first and filled afterwards; the other entries are
-  // cloned in the same order as a recursive copy would clone them. A table that holds itself,
-  // or a table above it, as an unlinked entry would be copied forever: that entry stays null.
+// The tables a running Clone still has to fill, innermost last, and the tables being copied.
+struct CloneWork {
   struct Frame {
     const BlockTable* source;
     BlockTable* copy;
     int next_entry;
   };
-  auto* root = new BlockTable(true);
-  root->SetNumBlocks(NumDependencies());
-  std::vector<Frame> stack{{this, root, 0}};
+  std::vector<Frame> stack;
   internal::WalkPath path;
-  path.Push(this);
-  while (!stack.empty()) {
-    Frame& top = stack.back();
+
+  BlockTable* Begin(const BlockTable* source) {
+    auto* copy = new BlockTable(true);
+    copy->SetNumBlocks(source->NumDependencies());
+    stack.push_back({source, copy, 0});
+    path.Push(source);
+    return copy;
+  }
+};
+
+// The work of the outermost Clone of a table, while it runs.
+CloneWork* g_clone_work = nullptr;
+
+}  // namespace
+
+Block* BlockTable::Clone() {
+  // The deep copy clones every entry in order. A table nested in the table is copied by the
+  // same loop rather than by a recursive call: its Clone, reached through the entry, only makes
+  // the empty copy and leaves it to the loop of the outermost Clone, which links it into its
+  // slot and fills it next. A chain of tables of any depth is so copied without deep recursion,
+  // and the entries are cloned in the order a recursive copy would clone them. A table that
+  // holds itself, or a table it is nested in, as an unlinked entry would be copied forever:
+  // that entry stays null in the copy.
+  if (g_clone_work != nullptr) return g_clone_work->Begin(this);
+  OperationScope operation;
+  CloneWork work;
+  g_clone_work = &work;
+  struct Finish {
+    ~Finish() { g_clone_work = nullptr; }
+  } finish;
+  BlockTable* root = work.Begin(this);
+  while (!work.stack.empty()) {
+    CloneWork::Frame& top = work.stack.back();
     if (top.next_entry >= top.source->NumDependencies() ||
         top.next_entry >= top.copy->NumDependencies()) {
-      stack.pop_back();
-      path.Pop();
+      work.stack.pop_back();
+      work.path.Pop();
       continue;
     }
     const int index = top.next_entry++;
     BlockTable* copy = top.copy;
     // Every entry should be present when a table is cloned; a null one stays null.
     Block* entry = top.source->GetBlock(index);
-    if (entry == nullptr || path.Contains(entry)) continue;
-    BlockTable* nested = AsPlainTable(entry);
-    if (nested == nullptr) {
-      TakeClone(copy, index, entry->Clone());
-      continue;
-    }
-    auto* nested_copy = new BlockTable(true);
-    nested_copy->SetNumBlocks(nested->NumDependencies());
-    TakeClone(copy, index, nested_copy);
-    stack.push_back({nested, nested_copy, 0});
-    path.Push(nested);
+    if (entry == nullptr || work.path.Contains(entry)) continue;
+    TakeClone(copy, index, entry->Clone());  // may push a nested table onto the work
   }
   return root;
 }
@@ -242,6 +266,7 @@ int BlockTable::Save(SceneSave* save) {
 
 int BlockTable::Load(SceneLoad* load) {
   assert(load != nullptr);
+  OperationScope operation;  // as in SetNumBlocks
   int result = SceneLoad::kError;
   while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     std::size_t count = 0;

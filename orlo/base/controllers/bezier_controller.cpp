@@ -1,5 +1,6 @@
 #include <orlo/base/controllers/bezier_controller.h>
 
+#include <cassert>
 #include <cstddef>
 
 #include <orlo/support/internal/chunk_format.h>
@@ -36,6 +37,7 @@ constexpr char kNoDependency[] = "no_dependency";
 // ---- BezierKey ----
 
 int BezierKey::Save(SceneSave* save) const {
+  assert(save != nullptr);
   save->BeginChunk(kKeyChunk);
   save->BeginChunk(kKeyTimeChunk);
   save->WriteInt32(time);
@@ -48,6 +50,7 @@ int BezierKey::Save(SceneSave* save) const {
 }
 
 int BezierKey::Load(SceneLoad* load) {
+  assert(load != nullptr);
   if (load->OpenChunk() != SceneLoad::kChunkOpened) return 0;
   if (load->CurChunkID() != kKeyChunk) {
     // Closed again so that the caller's reader stays at the depth it expects.
@@ -95,6 +98,7 @@ Block* BezierController::Clone() {
 }
 
 int BezierController::Save(SceneSave* save) {
+  assert(save != nullptr);
   save->BeginChunk(kKeysChunk);
   save->WriteInt32(static_cast<std::int32_t>(m_keys.size()));
   for (const BezierKey& key : m_keys) key.Save(save);
@@ -106,6 +110,7 @@ int BezierController::Save(SceneSave* save) {
 }
 
 int BezierController::Load(SceneLoad* load) {
+  assert(load != nullptr);
   int result;
   while ((result = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     switch (load->CurChunkID()) {

@@ -31,10 +31,12 @@ struct BezierKey {
   BezierKey(std::int32_t key_time, double key_value) : time(key_time), value(key_value) {}
 
   // Writes the key chunk 0x0005 (time in 0x0010, value in 0x0015). Returns 1.
+  // Requires: save is not null.
   int Save(SceneSave* save) const;
   // Reads one key chunk. Returns 0, reading nothing, when no chunk opens; a chunk that is
   // not a key chunk is closed again and gives 0. Otherwise 1, or 0 when the reader failed
   // inside the key.
+  // Requires: load is not null.
   int Load(SceneLoad* load);
 
   bool operator==(const BezierKey& other) const {
@@ -61,9 +63,11 @@ class BezierController : public FloatController {
   // A new controller with the same default value and the same keys in order.
   Block* Clone() override;
   // Chunk 0x0010: the key count, then one key chunk per key; chunk 0x0015: the default value.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
   // Reads what Save wrote. A key count larger than its chunk can hold is reported as
   // corruption (returns 0) before anything is allocated.
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
 

@@ -1,5 +1,7 @@
 #include <orlo/base/controllers/point3_controller.h>
 
+#include <cassert>
+
 #include <orlo/base/controllers/bezier_controller.h>
 #include <orlo/base/controllers/float_controller.h>
 
@@ -58,9 +60,15 @@ Block* Point3Controller::Clone() {
   return clone;
 }
 
-int Point3Controller::Save(SceneSave*) { return 1; }
+int Point3Controller::Save([[maybe_unused]] SceneSave* save) {
+  assert(save != nullptr);
+  return 1;
+}
 
-int Point3Controller::Load(SceneLoad*) { return 1; }
+int Point3Controller::Load([[maybe_unused]] SceneLoad* load) {
+  assert(load != nullptr);
+  return 1;
+}
 
 void Point3Controller::DeleteThis() { delete this; }
 

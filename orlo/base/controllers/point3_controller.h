@@ -42,7 +42,9 @@ class Point3Controller : public Controller {
   Block* Clone() override;
   // Nothing is written: the sub-controllers travel as dependency blocks, and the fallback
   // values are deliberately not part of a scene file.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
 

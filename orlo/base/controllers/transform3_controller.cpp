@@ -1,5 +1,7 @@
 #include <orlo/base/controllers/transform3_controller.h>
 
+#include <cassert>
+
 #include <orlo/base/controllers/point3_controller.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -170,9 +172,15 @@ Block* Transform3Controller::Clone() {
   return clone;
 }
 
-int Transform3Controller::Save(SceneSave*) { return 1; }
+int Transform3Controller::Save([[maybe_unused]] SceneSave* save) {
+  assert(save != nullptr);
+  return 1;
+}
 
-int Transform3Controller::Load(SceneLoad*) { return 1; }
+int Transform3Controller::Load([[maybe_unused]] SceneLoad* load) {
+  assert(load != nullptr);
+  return 1;
+}
 
 void Transform3Controller::DeleteThis() { delete this; }
 

@@ -56,7 +56,9 @@ class Transform3Controller : public Matrix3Controller {
   // A new controller with a clone of each sub-controller that is set, and of the table.
   Block* Clone() override;
   // Nothing is written: the state lives in the dependency blocks, saved on their own.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
 

@@ -1,5 +1,6 @@
 #include <orlo/base/data/data_table.h>
 
+#include <cassert>
 #include <cstdint>
 
 #include <orlo/base/block/internal/saved_slots.h>
@@ -70,6 +71,7 @@ Block* DataTable::Clone() {
 }
 
 int DataTable::Save(SceneSave* save) {
+  assert(save != nullptr);
   save->BeginChunk(kSlotCountChunk);
   save->WriteInt32(NumDependencies());
   save->EndChunk();
@@ -77,6 +79,7 @@ int DataTable::Save(SceneSave* save) {
 }
 
 int DataTable::Load(SceneLoad* load) {
+  assert(load != nullptr);
   int opened = SceneLoad::kError;
   while ((opened = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     if (load->CurChunkID() == kSlotCountChunk) {

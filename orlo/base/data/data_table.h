@@ -56,9 +56,11 @@ class DataTable : public Block {
   // not below the slot count is not copied.
   Block* Clone() override;
   // Chunk 0x15 with the number of slots; the values travel as the table's dependencies.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
   // Reads the slot count (new slots empty, the scene reader fills them). The map is not
   // rebuilt: the owner calls UpdateIDToIndex once the slots are linked.
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
   // Turns any event of one of its values into code 3 with that value's parameter id, posted

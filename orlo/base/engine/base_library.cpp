@@ -4,6 +4,7 @@
 
 #include <orlo/base/block/block_table.h>
 #include <orlo/base/controllers/bezier_controller.h>
+#include <orlo/base/controllers/look_at_controller.h>
 #include <orlo/base/controllers/point3_controller.h>
 #include <orlo/base/controllers/transform3_controller.h>
 #include <orlo/base/data/data_bool.h>
@@ -41,6 +42,7 @@ void RegisterBaseLibrary() {
   Register<BezierControllerFactory>();
   Register<Point3ControllerFactory>();
   Register<Transform3ControllerFactory>();
+  Register<LookAtControllerFactory>();
   Register<NodeTransformFactory>();
   Register<NodeFactory>();
   Register<MainSceneFactory>();

@@ -35,9 +35,12 @@ class Block;
 class BlockFactory;
 class BlockListener;
 class MainScene;
+class Modifier;
 class Node;
 class Object;
+class ObjectModifier;
 class SceneSave;
+class StateContainer;
 class StateRecorder;
 
 class SceneEngine {
@@ -181,7 +184,6 @@ class SceneEngine {
   // written yet. False only when `block`'s own Save fails; its record is then left open.
   bool SaveBlock(Block* block, SceneSave* save);
 
-
   // ---- Node editing ----
   // New and duplicated nodes always go directly under the main node; searches cover only the
   // nodes below it. Every walk of the hierarchy keeps an explicit stack. The operations that
@@ -278,6 +280,63 @@ class SceneEngine {
   [[nodiscard]] Status ImportScene(const std::string& path);
   [[nodiscard]] Status ExportScene(const char* path);
   [[nodiscard]] Status ExportScene(const std::string& path);
+
+  // ---- Undo and redo ----
+  // Bridges from the host and the blocks to the process-wide recorder. Each does nothing (or
+  // answers false) until StateRecorderInit has made one. The host brackets an edit with
+  // StateRecorderBegin and StateRecorderAccept (or StateRecorderCancel); the engine's own
+  // edits only put records.
+
+  // Kept as a no-op on purpose: the recorder outlives this call and is destroyed only by an
+  // engine's destructor, so hosts that call it between edits keep their history.
+  static void StateRecorderDelete();
+  static void StateRecorderBegin();
+  // Hands `container` to the recorder. Without a recorder the container is destroyed at once
+  // (null is ignored): the caller never keeps ownership.
+  static void StateRecorderPut(StateContainer* container);
+  // Closes the pending step under `name` (null reads as "").
+  static void StateRecorderAccept(const char* name);
+  static void StateRecorderCancel();
+  static bool StateRecorderIsHolding();
+  static bool StateRecorderCanUndo();
+  static bool StateRecorderCanRedo();
+  static void StateRecorderUndo();
+  static void StateRecorderRedo();
+  static void StateRecorderRestore();
+  static void StateRecorderClear();
+
+  // ---- Modifier application ----
+  // A node's object chain runs from the node's object down through each object modifier's
+  // object-to-modify to a plain object. Each relinking is recorded with a
+  // ReplaceDependencyStateContainer put into the recorder before the change is made; the
+  // operations never open or accept a step themselves.
+
+  // Inserts an object modifier of `modifier` into the chain of the one node in `nodes`, above
+  // objects[0] when that is in the chain, on top of the chain otherwise. The node's object is
+  // built at `time` first (the modifiers above the insertion point switched off meanwhile)
+  // and the insertion happens only when the built object's flags have bit 22 or 23 set.
+  // Code 0, doing nothing, unless `nodes` holds exactly one entry; code 2 for a null node
+  // ("There should be at least one valid node.") or a null modifier ("Modifier can't be
+  // NULL.").
+  Status AddModifierToNodes(std::vector<Node*> nodes, std::vector<Object*> objects,
+                            Modifier* modifier, int time);
+  // Inserts an object modifier of `modifier` directly under each node of `nodes`, with the
+  // nodes' built objects' bounding boxes gathered in world space as the modifier's box. False
+  // when some node's built object has neither bit 22 nor bit 23 set (that node is skipped),
+  // or when the modifier is null; true otherwise.
+  bool AddModifierToNodes(std::vector<Node*> nodes, Modifier* modifier, int time);
+  // The object modifier of `modifier` in `node`'s chain, or null.
+  ObjectModifier* GetObjectModifier(Node* node, Modifier* modifier);
+
+  // ---- Look-at cameras ----
+
+  // A camera node named `name` at `position`, turned by a LookAtController towards a new
+  // empty node `name` + "_aim" at `target`; both nodes go under the main node. The camera
+  // object comes from the last registered factory of type (600, 128, 784), the camera class
+  // of the host's object library; without one the node has no object. The controller wraps
+  // the node's own transform controller, which keeps giving the position.
+  // Requires: a main scene.
+  Node* CreateLookAtCamera(Point3<double> position, Point3<double> target, std::string name);
 
  private:
   // The selected nodes, in selection order; not owning.

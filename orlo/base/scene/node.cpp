@@ -24,6 +24,11 @@ constexpr unsigned kColorChunk = 0x0010;
 constexpr const char* kSlotNames[] = {"data_table", "object", "material", "children", "transform"};
 constexpr char kNoSlot[] = "nil";
 
+// The look-at controller's type and its slots for the aim and up nodes.
+constexpr BlockType kLookAtControllerType{300, 48, 64};
+constexpr int kAimNodeSlot = 2;
+constexpr int kUpNodeSlot = 3;
+
 // Every display parameter holds one element.
 constexpr int kParameterSize = 1;
 
@@ -404,6 +409,49 @@ Status Node::SetNodeTransformController(Matrix3Controller* controller) {
                   "Node::SetNodeTransformController : m_node_transform is not initialiced.");
   }
   return transform->SetNodePRS(controller);
+}
+
+// ---- Aiming ----
+
+namespace {
+
+// The node's transform controller when it is a look-at controller, else null.
+Matrix3Controller* LookAtController(const Node& node) {
+  Matrix3Controller* controller = node.GetNodeTransformController();
+  return controller != nullptr && controller->GetBlockType() == kLookAtControllerType ? controller
+                                                                                      : nullptr;
+}
+
+}  // namespace
+
+Status Node::SetLookAtAimNode(Node* aim) {
+  // The controller's own setter links the node into this slot and drops the status; so does
+  // this one.
+  if (Matrix3Controller* controller = LookAtController(*this)) {
+    (void)controller->MakeDependencyByID(kAimNodeSlot, aim);
+  }
+  return Status();
+}
+
+Status Node::SetLookAtUpNode(Node* up) {
+  if (Matrix3Controller* controller = LookAtController(*this)) {
+    (void)controller->MakeDependencyByID(kUpNodeSlot, up);
+  }
+  return Status();
+}
+
+Node* Node::GetLookAtAimNode() const {
+  assert(GetNodeTransform() != nullptr && "Node::GetLookAtAimNode needs a transform");
+  Matrix3Controller* controller = LookAtController(*this);
+  return controller != nullptr ? dynamic_cast<Node*>(controller->GetDependency(kAimNodeSlot))
+                               : nullptr;
+}
+
+Node* Node::GetLookAtUpNode() const {
+  assert(GetNodeTransform() != nullptr && "Node::GetLookAtUpNode needs a transform");
+  Matrix3Controller* controller = LookAtController(*this);
+  return controller != nullptr ? dynamic_cast<Node*>(controller->GetDependency(kUpNodeSlot))
+                               : nullptr;
 }
 
 // ---- Matrices ----

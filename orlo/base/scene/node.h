@@ -164,6 +164,20 @@ class Node : public Block, public FlagInterface {
   // "Node::SetNodeTransformController : m_node_transform is not initialiced.".
   Status SetNodeTransformController(Matrix3Controller* controller);
 
+  // ---- Aiming ----
+  // For a node whose transform controller is a look-at controller (type 300, 48, 64): the
+  // node it aims at and the node that gives its up direction, the controller's slots 2
+  // ("aim_node") and 3 ("up_node").
+
+  // Links `aim` (null unlinks) into the look-at controller, as the controller's SetAimNode
+  // does; with another controller nothing happens. Always success.
+  Status SetLookAtAimNode(Node* aim);
+  Status SetLookAtUpNode(Node* up);
+  // The aim and up nodes of the look-at controller, or null with another controller.
+  // Requires: a transform (without one they give null).
+  Node* GetLookAtAimNode() const;
+  Node* GetLookAtUpNode() const;
+
   // ---- Matrices ----
 
   // The node's matrix at `time` times its parent's absolute matrix, the node's own on the

@@ -16,6 +16,7 @@
 
 #include <orlo/base/scene/internal/typed_slot.h>
 #include <orlo/base/scene/object.h>
+#include <orlo/support/matrix3.h>
 
 namespace Orlo {
 
@@ -78,6 +79,11 @@ class ObjectModifier : public Object {
   // a valid Object." and changes nothing.
   Status SetObjectToModify(Object* object);
 
+  // A matrix carried for the concrete stack (the engine sets it to the identity when it
+  // inserts a modifier); the identity by default. It is not part of the saved record.
+  const Matrix3<double>& GetTransform() const { return m_transform; }
+  void SetTransform(Matrix3<double> transform) { m_transform = transform; }
+
   // When false, BuildObject returns the base object's result untouched.
   bool IsEnabled() const { return m_enabled; }
   void SetEnabled(bool enabled) { m_enabled = enabled; }
@@ -106,6 +112,7 @@ class ObjectModifier : public Object {
   // Zeroed so that a saved file never carries uninitialised memory.
   Record m_record{};
   bool m_enabled = true;
+  Matrix3<double> m_transform;
 };
 
 }  // namespace Orlo

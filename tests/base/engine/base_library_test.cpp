@@ -34,6 +34,7 @@ const std::vector<Registration>& ExpectedRegistrations() {
       {"BezierKeysController", "FloatController", BlockType(300, 48, 16)},
       {"Point3Controller", "Point3Controller", BlockType(300, 48, 32)},
       {"Transform3Controller", "Transform3Controller", BlockType(300, 48, 48)},
+      {"LookAtController", "LookAtController", BlockType(300, 48, 64)},
       {"NodeTransform", "NodeTransform", BlockType(110, 16, 48)},
       {"Node", "Node", BlockType(115, 16, 32)},
       {"MainScene", "MainScene", BlockType(100, 16, 16)},

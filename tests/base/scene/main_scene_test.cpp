@@ -241,7 +241,8 @@ TEST(MainSceneTest, NodeEventsReachASceneListenerWithTheMainNodeAsSender) {
   ASSERT_TRUE(main_node->SetObject(new TestObject()).IsOk());      // 8
   ASSERT_TRUE(main_node->SetMaterial(new TestMaterial()).IsOk());  // 18
   main_node->GetObject()->PostEvent(9, 0);                         // 9
-  main_node->GetMaterial()->PostEvent(20, 0);                      // 20
+  for (int code : {3, 19, 20, 16}) main_node->GetMaterial()->PostEvent(code, 0);  // 19 19 20 16
+  for (int code : {4, 5, 6, 7, 13}) main_node->GetNodeTransform()->PostEvent(code, 0);
   auto* child = new Node(true);
   ASSERT_TRUE(main_node->AddChild(child).IsOk());  // 2
   std::vector<int> codes;
@@ -250,7 +251,7 @@ TEST(MainSceneTest, NodeEventsReachASceneListenerWithTheMainNodeAsSender) {
     EXPECT_EQ(event.block, main_node);
     EXPECT_EQ(event.param, 0);
   }
-  EXPECT_EQ(codes, std::vector<int>({3, 3, 12, 8, 18, 9, 20, 2}));
+  EXPECT_EQ(codes, std::vector<int>({3, 3, 12, 8, 18, 9, 19, 19, 20, 16, 4, 5, 6, 7, 13, 2}));
   // A change of a child node stops at its parent node.
   listener.events.clear();
   child->SetName("child");

@@ -726,6 +726,71 @@ TEST(NodeTest, GetDecendantsListsEveryNodeBelowInPreOrderAndAppends) {
   EXPECT_TRUE(leaf.empty());
 }
 
+// ---- Aiming ----
+
+// A stand-in with the look-at controller's type and slots: table, transform, aim, up.
+class LookAtLikeController : public FixedMatrixController {
+ public:
+  explicit LookAtLikeController(BlockType type = BlockType(300, 48, 64)) : m_type(type) {}
+  BlockType GetBlockType() const override { return m_type; }
+  int NumDependencies() const override { return 4; }
+  void SetDependency(int index, Block* block) override {
+    if (index >= 0 && index < 4) m_slots[index] = block;
+  }
+  Block* GetDependency(int index) const override {
+    return index >= 0 && index < 4 ? m_slots[index] : nullptr;
+  }
+
+ private:
+  BlockType m_type;
+  Block* m_slots[4] = {};
+};
+
+TEST(NodeTest, TheLookAtNodesAreTheLookAtControllersAimAndUpSlots) {
+  ScopedBlock<Node> scene(new Node(true));
+  auto* camera = new Node(true);
+  auto* aim = new Node(true);
+  auto* up = new Node(true);
+  for (Node* node : {camera, aim, up}) ASSERT_TRUE(scene->AddChild(node).IsOk());
+  auto* controller = new LookAtLikeController();
+  ASSERT_TRUE(camera->SetNodeTransformController(controller).IsOk());
+  EXPECT_TRUE(camera->SetLookAtAimNode(aim).IsOk());
+  EXPECT_TRUE(camera->SetLookAtUpNode(up).IsOk());
+  EXPECT_EQ(controller->GetDependency(2), aim);
+  EXPECT_EQ(controller->GetDependency(3), up);
+  EXPECT_EQ(camera->GetLookAtAimNode(), aim);
+  EXPECT_EQ(camera->GetLookAtUpNode(), up);
+  std::vector<Block*> dependants;
+  aim->GetDependants(dependants);
+  EXPECT_EQ(dependants.back(), controller);
+  EXPECT_TRUE(camera->SetLookAtAimNode(nullptr).IsOk());
+  EXPECT_EQ(camera->GetLookAtAimNode(), nullptr);
+}
+
+TEST(NodeTest, TheLookAtNodesOfAnotherControllerAreNullAndSettingThemDoesNothing) {
+  ScopedBlock<Node> node(new Node(true));
+  ScopedBlock<Node> aim(new Node(true));
+  EXPECT_TRUE(node->SetLookAtAimNode(aim.get()).IsOk());
+  EXPECT_TRUE(node->SetLookAtUpNode(aim.get()).IsOk());
+  EXPECT_EQ(node->GetLookAtAimNode(), nullptr);
+  EXPECT_EQ(node->GetLookAtUpNode(), nullptr);
+  EXPECT_EQ(aim->GetParentBlock(), nullptr);
+  // Another sub id of the controller kind is not a look-at controller either.
+  auto* other = new LookAtLikeController(BlockType(300, 48, 65));
+  ASSERT_TRUE(node->SetNodeTransformController(other).IsOk());
+  EXPECT_TRUE(node->SetLookAtAimNode(aim.get()).IsOk());
+  EXPECT_EQ(other->GetDependency(2), nullptr);
+  EXPECT_EQ(node->GetLookAtAimNode(), nullptr);
+}
+
+TEST(NodeTest, SettingTheLookAtNodesWithoutATransformSucceedsAndDoesNothing) {
+  ScopedBlock<Node> node(new Node(false));
+  ScopedBlock<Node> aim(new Node(true));
+  EXPECT_TRUE(node->SetLookAtAimNode(aim.get()).IsOk());
+  EXPECT_TRUE(node->SetLookAtUpNode(aim.get()).IsOk());
+  EXPECT_EQ(aim->GetParentBlock(), nullptr);
+}
+
 // ---- Matrices ----
 
 TEST(NodeTest, GetAbsoluteTMOfANodeWithoutTransformOrParentIsTheIdentity) {

@@ -67,6 +67,17 @@ TEST(ObjectModifierTest, ReportsItsSlotsFlagsAndDefaults) {
   EXPECT_EQ(stack->GetPoint(0), Point3<double>(0, 0, 0));
 }
 
+TEST(ObjectModifierTest, CarriesATransformThatStartsAsTheIdentityAndIsNotSaved) {
+  ScopedBlock<TestObjectModifier> stack(new TestObjectModifier());
+  testing::ExpectMatrixEq(stack->GetTransform(), Matrix3<double>::Identity());
+  const Matrix3<double> moved = testing::Translation(1, 2, 3);
+  stack->SetTransform(moved);
+  testing::ExpectMatrixEq(stack->GetTransform(), moved);
+  ScopedBlock<TestObjectModifier> loaded(new TestObjectModifier());
+  EXPECT_EQ(LoadPayload(*loaded, SavePayload(*stack)).result, 1);
+  testing::ExpectMatrixEq(loaded->GetTransform(), Matrix3<double>::Identity());
+}
+
 TEST(ObjectModifierTest, TheRecordStartsAsNinetySixZeroBytes) {
   ScopedBlock<TestObjectModifier> stack(new TestObjectModifier());
   ASSERT_EQ(stack->GetRecord().size(), 96u);

@@ -5,7 +5,7 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace Orlo {
@@ -18,13 +18,18 @@ class WalkPath {
  public:
   void Push(const Block* block) {
     m_path.push_back(block);
-    if (m_path.size() > kShallowDepth) m_deep.insert(block);
+    if (m_path.size() > kShallowDepth) ++m_deep[block];
   }
 
   void Pop() {
-    if (m_path.size() > kShallowDepth) m_deep.erase(m_path.back());
+    if (m_path.size() > kShallowDepth) {
+      auto found = m_deep.find(m_path.back());
+      if (--found->second == 0) m_deep.erase(found);
+    }
     m_path.pop_back();
   }
+
+  std::size_t Size() const { return m_path.size(); }
 
   bool Contains(const Block* block) const {
     const std::size_t shallow = m_path.size() < kShallowDepth ? m_path.size() : kShallowDepth;
@@ -39,8 +44,9 @@ class WalkPath {
   static constexpr std::size_t kShallowDepth = 16;
 
   std::vector<const Block*> m_path;
-  // m_deep holds exactly the entries of m_path beyond the first kShallowDepth.
-  std::unordered_set<const Block*> m_deep;
+  // m_deep counts exactly the entries of m_path beyond the first kShallowDepth; a block may
+  // stand on the path more than once.
+  std::unordered_map<const Block*, int> m_deep;
 };
 
 }  // namespace Orlo::internal

@@ -1,6 +1,7 @@
 #include <orlo/base/data/internal/data_array.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <string>
 
@@ -138,6 +139,7 @@ struct ElementCodec<std::string> {
 
 template <typename T>
 int DataArray<T>::Save(SceneSave* save) {
+  assert(save != nullptr);
   using Codec = ElementCodec<T>;
   save->BeginChunk(kIDChunk);
   save->WriteInt32(m_parameter_id);
@@ -156,6 +158,7 @@ int DataArray<T>::Save(SceneSave* save) {
 
 template <typename T>
 int DataArray<T>::Load(SceneLoad* load) {
+  assert(load != nullptr);
   int opened = SceneLoad::kError;
   while ((opened = load->OpenChunk()) == SceneLoad::kChunkOpened) {
     switch (load->CurChunkID()) {
@@ -190,6 +193,7 @@ int DataArray<T>::Load(SceneLoad* load) {
 
 template <typename T>
 bool DataArray<T>::LoadValues(SceneLoad* load) {
+  assert(load != nullptr);
   using Codec = ElementCodec<T>;
   std::int32_t count = 0;
   if (!load->ReadInt32(count)) return false;

@@ -39,9 +39,11 @@ class DataArray : public Data {
   unsigned GetDependencyType(int) const override { return 0; }
   // Chunks 0x05 (id), 0x10 (default value) and 0x15 (count and elements); returns 1. The name
   // and the controllers are not written.
+  // Requires: save is not null.
   int Save(SceneSave* save) override;
   // Reads the chunks Save wrote; unknown chunks are skipped. Returns 0 when the reader
   // reports an error, or when a chunk holds an id or a count that cannot be right.
+  // Requires: load is not null.
   int Load(SceneLoad* load) override;
   void DeleteThis() override { delete this; }
 
@@ -59,7 +61,9 @@ class DataArray : public Data {
     if (index < 0 || index >= GetSize()) return;
     m_values.erase(m_values.begin() + index);
   }
-  void GetTimeInterval(TimeInterval& interval) const override { interval = interval & m_validity; }
+  // Stored values do not depend on time, so they stay valid forever: the interval is left as
+  // it is (narrowing it by the forever interval would change nothing).
+  void GetTimeInterval(TimeInterval&) const override {}
   Controller* GetController(int) const override { return nullptr; }
   void SetController(Controller*, int) override {}
 
@@ -133,10 +137,9 @@ class DataArray : public Data {
   // The elements; std::vector<bool> keeps booleans as a packed bit array.
   std::vector<T> m_values;
   T m_default;
-  // Forever at construction and never changed: stored values do not depend on time.
-  TimeInterval m_validity = TimeInterval::Forever();
 
  private:
+  // Requires: load is not null.
   bool LoadValues(SceneLoad* load);
 };
 
