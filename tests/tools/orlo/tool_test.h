@@ -43,11 +43,3 @@ class ToolTest : public ::testing::Test {
 std::vector<std::string> Lines(const std::string& text);
 
 }  // namespace Orlo::cli::testing
-// GOLDEN PLACEHOLDERS
-#define INFO_GOLDEN_BODY ""
-#define BLOCKS_GOLDEN_0 ""
-#define BLOCKS_GOLDEN_1 ""
-#define BLOCKS_GOLDEN_2 ""
-#define BLOCKS_GOLDEN_3 ""
-#define PLUGINS_GOLDEN ""
-#define DEMO_GOLDEN ""

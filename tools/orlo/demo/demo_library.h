@@ -6,7 +6,7 @@
 // base library, so that it reads the files `orlo demo` writes.
 //
 //   | class             | kind            | type           | state                        |
-//   | DemoCamera        | camera (600)    | (600, 200, 1)  | field of view                |
+//   | DemoCamera        | camera (600)    | (600, 128, 784)| field of view                |
 //   | DemoBox           | primitive (510) | (510, 200, 2)  | size                         |
 //   | DemoMaterial      | material (405)  | (405, 200, 3)  | name, a table of parameters  |
 //   | DemoDeformer      | modifier (800)  | (800, 200, 4)  | what every modifier keeps    |
@@ -23,9 +23,11 @@
 
 namespace Orlo::cli {
 
+// The type is that of the engine's camera class, so that SceneEngine::CreateLookAtCamera
+// makes a DemoCamera.
 class DemoCamera : public Object {
  public:
-  static constexpr BlockType m_block_type{600, 200, 1};
+  static constexpr BlockType m_block_type{600, 128, 784};
 
   std::string GetClassName() const override { return "DemoCamera"; }
   BlockType GetBlockType() const override { return m_block_type; }

@@ -33,13 +33,22 @@ Status BuildDemoScene(SceneEngine& engine) {
   Node* arm = AddNode(engine, turntable, Point3<double>(2, 0, 0), "arm", &status);
   Node* box = AddNode(engine, arm, Point3<double>(0, 0, 1), "box", &status);
   Node* marker = AddNode(engine, box, Point3<double>(0, 0, 0.5), "marker", &status);
-  Node* camera = AddNode(engine, nullptr, Point3<double>(0, -10, 4), "camera", &status);
   ORLO_RETURN_IF_ERROR(status);
+  // The camera looks at a node of its own, which then rides on the moving box.
+  Node* camera =
+      engine.CreateLookAtCamera(Point3<double>(0, -10, 4), Point3<double>(0, 0, 0), "camera");
+  Node* aim = engine.GetNodeByName("camera_aim");
+  if (aim == nullptr) return Status(Status::kFailed, "the look-at camera has no aim node");
+  ORLO_RETURN_IF_ERROR(engine.SetParent(box, aim));
+  auto* lens = dynamic_cast<DemoCamera*>(camera->GetObject());
+  if (lens == nullptr) return Status(Status::kFailed, "the look-at camera is not a DemoCamera");
+  lens->SetFieldOfView(0.9);
 
-  // Keyed animation: half a turn over 100 ticks, the arm sliding out and growing. Every
-  // node, the main node included, is keyed at every reported time: an unkeyed controller
-  // reads 0 at any time but 0 (a scale of 0 away from time 0), and between keys the
-  // controllers follow their own rule, which the demo does not mean to show.
+  // Keyed animation: half a turn over 100 ticks, the arm sliding out and growing. Every node,
+  // the main node included, is keyed at every reported time: an unkeyed controller reads 0
+  // at any time but 0 (a scale of 0 away from time 0), and between keys the controllers
+  // follow their own rule, which the demo does not mean to show. The camera's look-at
+  // controller takes its position and ignores rotation and scale: the aim decides those.
   struct Pose {
     Point3<double> position;
     Point3<double> rotation;
@@ -65,6 +74,7 @@ Status BuildDemoScene(SceneEngine& engine) {
         {{0, 0, 1}, {kQuarterTurn, 0, 0}, unit},
         {{0, 0, 1}, {2 * kQuarterTurn, 0, 0}, unit}}},
       {marker, {{{0, 0, 0.5}, none, unit}, {{0, 0, 0.5}, none, unit}, {{0, 0, 0.5}, none, unit}}},
+      {aim, {{none, none, unit}, {none, none, unit}, {none, none, unit}}},
       {camera, {{{0, -10, 4}, none, unit}, {{0, -10, 4}, none, unit}, {{0, -10, 4}, none, unit}}},
   };
   for (const auto& entry : keys) {
@@ -110,9 +120,6 @@ Status BuildDemoScene(SceneEngine& engine) {
     return Status(Status::kFailed, "cannot animate the material's roughness");
   }
 
-  auto* lens = new DemoCamera;
-  lens->SetFieldOfView(0.9);
-  ORLO_RETURN_IF_ERROR(camera->SetObject(lens));
   return Status();
 }
 

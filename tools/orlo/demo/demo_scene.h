@@ -7,7 +7,8 @@
 //       arm            position and scale keyed
 //         box          a DemoBox under two DemoDeformers, with a DemoMaterial
 //           marker     an empty node, three levels below the turntable
-//     camera           a DemoCamera
+//           camera_aim the point the camera looks at, carried along by the box
+//     camera           a DemoCamera on a look-at controller aimed at camera_aim
 //
 // The material's table holds a parameter of every kind, its roughness keyed.
 #pragma once
