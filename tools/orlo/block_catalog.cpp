@@ -81,8 +81,11 @@ std::vector<std::string> BlockCatalog::SlotNames(const SceneFile& file, std::siz
       // The list classes name a slot after the class of the block it holds.
       const bool known = target >= 0 && static_cast<std::size_t>(target) < file.blocks.size() &&
                          file.blocks[static_cast<std::size_t>(target)].has_info;
-      names[slot] =
-          known ? DisplayName(file.blocks[static_cast<std::size_t>(target)].type) : "no_dependency";
+      if (known) {
+        names[slot] = DisplayName(file.blocks[static_cast<std::size_t>(target)].type);
+      } else {
+        names[slot] = target == -1 ? "no_dependency" : "slot_" + std::to_string(slot);
+      }
     } else {
       names[slot] = block->GetDependencyName(static_cast<int>(slot));
     }

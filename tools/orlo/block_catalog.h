@@ -59,8 +59,8 @@ class BlockCatalog {
   ScopedBlock Instantiate(const SceneFile& file, const BlockRecord& record);
 
   // The name of each dependency slot of block `index` of `file`, as the block's class names
-  // it. List blocks name each slot after the class of the block it holds. Without a factory
-  // the slots are named "slot_<i>".
+  // it. List blocks name each slot after the class of the block it holds ("slot_<i>" when
+  // that block is not in the file). Without a factory the slots are named "slot_<i>".
   std::vector<std::string> SlotNames(const SceneFile& file, std::size_t index);
 
  private:

@@ -76,6 +76,9 @@ std::vector<FileProblem> CheckSceneFile(const SceneFile& file, BlockCatalog& cat
             " blocks but the scene chunk holds " + std::to_string(count));
   }
 
+  // A loader sizes its tables by the header's count; in a file cut short, links to the blocks
+  // lost with the rest of the file are the cut's problem, already reported, not theirs.
+  const std::size_t blocks_counted = file.has_header ? file.header_count : count;
   for (std::size_t i = 0; i < count; ++i) {
     const BlockRecord& record = file.blocks[i];
     if (record.has_info && record.number != i) {
@@ -88,10 +91,10 @@ std::vector<FileProblem> CheckSceneFile(const SceneFile& file, BlockCatalog& cat
     const std::vector<std::string> slots = catalog.SlotNames(file, i);
     for (std::size_t slot = 0; slot < record.dependencies.size(); ++slot) {
       const std::int32_t target = record.dependencies[slot];
-      if (target != -1 && !InRange(target, count)) {
+      if (target != -1 && !InRange(target, blocks_counted)) {
         Add(problems, record.offset, kCheckDependency,
             BlockPlace(record, i) + ": slot " + slots[slot] + " holds block number " +
-                std::to_string(target) + ", outside the file's " + std::to_string(count) +
+                std::to_string(target) + ", outside the file's " + std::to_string(blocks_counted) +
                 " blocks");
       }
     }
