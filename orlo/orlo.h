@@ -58,3 +58,6 @@
 #include <orlo/base/engine/block_load_data.h>
 #include <orlo/base/engine/replace_dependency_state_container.h>
 #include <orlo/base/engine/scene_engine.h>
+#include <orlo/base/engine/unknown_modifier.h>
+#include <orlo/base/engine/unknown_object.h>
+#include <orlo/base/engine/unknown_object_modifier.h>

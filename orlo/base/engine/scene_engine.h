@@ -39,6 +39,7 @@ class Modifier;
 class Node;
 class Object;
 class ObjectModifier;
+class SceneLoad;
 class SceneSave;
 class StateContainer;
 class StateRecorder;
@@ -354,6 +355,59 @@ class SceneEngine {
   std::int32_t m_num_file_blocks = -1;
   // While a file loads, the block created for each saved number; not owning.
   std::vector<Block*> m_blocks_by_id;
+
+ public:
+  // ---- Loading and merging ----
+  // A scene file enters through LoadScene and may hold anything: every failure is a Status
+  // with code 2 and a message, and a load that fails frees every block it made and installs
+  // nothing (the engine then has no scene).
+
+  // The most visits a once-per-path walk over a loaded scene may make; a file whose graph
+  // needs more is refused with code 2 before any pass runs. The post-load pass and the table
+  // refresh enter a shared block once per path that reaches it, and so do the host's own
+  // per-path walks (EnumBlocks, events climbing through shared blocks) later: 64 levels of
+  // blocks each held twice by the one above need 2^64 visits. Scenes this library writes stay
+  // far below the bound: a chain of a million nodes, each transform holding its parent's,
+  // needs about 10^13.
+  static constexpr std::uint64_t kMaxLoadPathVisits = std::uint64_t{1} << 48;
+  // Up to this many per-path visits per block, the post-load pass enters a shared block once
+  // per path; past it (a deep chain of nodes, whose transforms each hold their parent's) each
+  // block gets PostLoad once, at its first visit, as the table refresh does, so that loading
+  // stays linear in the file.
+  static constexpr std::uint64_t kMaxLoadVisitsPerBlock = 16;
+
+  // Replaces the scene by the one stored at `path`. A missing file gives code 2, "SceneEngine::
+  // LoadScene : File doesn't exist." and leaves the scene as it was; otherwise the undo
+  // history is cleared and the old scene deleted before the file is read. Code 0 with the
+  // file's scene installed, renumbered, its parent pointers and tables refreshed and PostLoad
+  // run; code 2 otherwise: the reader's own message when the file cannot be opened or its
+  // chunks are broken, "SceneEngine::LoadScene : The file is not a SceneEngine file. Couldn't
+  // load any blocks." when no block record is found, "SceneEngine::LoadBlocks : Couldn't find
+  // a factory for one or more blocks." when a block's class is not registered, and a message
+  // naming the block for bad numbers, links and graphs too large to walk.
+  [[nodiscard]] Status LoadScene(const char* path);
+  [[nodiscard]] Status LoadScene(const std::string& path);
+  // Reads the block chunks of the open scene chunk into m_block_load_data (already sized to
+  // the header's count), creates the blocks and links them by number. Used by LoadScene.
+  [[nodiscard]] Status LoadBlocks(SceneLoad* load);
+  // Frees every load record and empties m_block_load_data; the blocks are not touched.
+  void DestroyBlockLoadData();
+
+  // Moves the nodes under `other`'s main node to this engine's main node; always 0. Kept as
+  // is: the index is never adjusted while AddChild takes each moved node out of `other`, so
+  // only the nodes at even positions of the original order move, and the rest stay in
+  // `other`. With `names_only` each node's name is only looked up here; nothing moves.
+  // Requires: both engines have a scene.
+  int MergeScene(SceneEngine* other, bool names_only);
+  // Does nothing and returns 0: merging from a file goes through a second engine.
+  int MergeScene(const char* path);
+
+ private:
+  // Lets the loader's tests drive LoadBlocks on records they size themselves.
+  friend class SceneLoadTestPeer;
+
+  // Frees the blocks of the current load records and forgets them: the load failed.
+  void FreeLoadedBlocks();
 };
 
 }  // namespace Orlo

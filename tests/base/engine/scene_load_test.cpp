@@ -1,0 +1,659 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include <boost/filesystem.hpp>
+
+#include <orlo/base/block/block.h>
+#include <orlo/base/block/block_factory.h>
+#include <orlo/base/block/block_table.h>
+#include <orlo/base/engine/base_library.h>
+#include <orlo/base/engine/scene_engine.h>
+#include <orlo/base/engine/unknown_modifier.h>
+#include <orlo/base/engine/unknown_object.h>
+#include <orlo/base/engine/unknown_object_modifier.h>
+#include <orlo/base/scene/main_scene.h>
+#include <orlo/base/scene/node.h>
+#include <orlo/support/bitmap_manager.h>
+#include <orlo/support/scene_load.h>
+#include <orlo/support/scene_save.h>
+#include <orlo/support/state_recorder.h>
+
+#include "tests/testing/test_blocks.h"
+
+namespace Orlo {
+
+// Drives LoadBlocks the way LoadScene does, on records it sizes itself, and shows what the
+// load left in the engine's tables.
+class SceneLoadTestPeer {
+ public:
+  // Opens the scene and header chunks of `bytes`, sizes the records and the number table to
+  // the header's count and reads the block chunks.
+  static Status LoadBlocks(SceneEngine& engine, std::vector<std::uint8_t> bytes) {
+    SceneLoad load(std::move(bytes));
+    EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+    EXPECT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+    std::int32_t count = 0;
+    EXPECT_TRUE(load.ReadInt32(count));
+    load.CloseChunk();
+    engine.m_num_file_blocks = count;
+    engine.m_blocks_by_id.assign(static_cast<std::size_t>(count), nullptr);
+    engine.m_block_load_data.resize(static_cast<std::size_t>(count));
+    return engine.LoadBlocks(&load);
+  }
+  static const std::vector<std::unique_ptr<BlockLoadData>>& Records(const SceneEngine& engine) {
+    return engine.m_block_load_data;
+  }
+  static const std::vector<Block*>& BlocksByID(const SceneEngine& engine) {
+    return engine.m_blocks_by_id;
+  }
+  static std::int32_t NumFileBlocks(const SceneEngine& engine) { return engine.m_num_file_blocks; }
+  static void FreeLoadedBlocks(SceneEngine& engine) { engine.FreeLoadedBlocks(); }
+};
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// One block record of a hand-made file.
+struct FileBlock {
+  std::uint32_t class_id = 0;
+  std::uint32_t super_class_id = 0;
+  std::uint32_t sub_id = 0;
+  std::int32_t id = 0;
+  // Written as chunk 0x05 (a table's slot count) inside the payload when not negative.
+  std::int32_t table_count = -1;
+  std::vector<std::int32_t> dependencies;
+  bool has_info = true;
+};
+
+FileBlock SceneBlock(std::int32_t id, std::vector<std::int32_t> dependencies) {
+  FileBlock block{100, 16, 16, id, -1, std::move(dependencies), true};
+  return block;
+}
+
+// A block of a class nobody registers.
+FileBlock UnknownBlock(std::uint32_t class_id, std::int32_t id,
+                       std::vector<std::int32_t> dependencies = {}) {
+  FileBlock block{class_id, 99, 98, id, -1, std::move(dependencies), true};
+  return block;
+}
+
+FileBlock TableBlock(std::int32_t id, std::vector<std::int32_t> dependencies) {
+  FileBlock block{
+      105, 32, 16, id, static_cast<std::int32_t>(dependencies.size()), std::move(dependencies),
+      true};
+  return block;
+}
+
+// A scene file whose header declares `count` blocks and holds `blocks`.
+Bytes MakeFile(std::uint32_t count, const std::vector<FileBlock>& blocks) {
+  SceneSave save;
+  save.BeginChunk(0x05);
+  save.BeginChunk(0x10);
+  save.WriteUInt32(count);
+  save.EndChunk();
+  for (const FileBlock& block : blocks) {
+    save.BeginChunk(0x15);
+    if (block.has_info) {
+      save.BeginChunk(0x05);
+      save.WriteUInt32(block.class_id);
+      save.WriteUInt32(block.super_class_id);
+      save.WriteUInt32(block.sub_id);
+      save.WriteInt32(block.id);
+      save.EndChunk();
+    }
+    save.BeginChunk(0x20);
+    if (block.table_count >= 0) {
+      save.BeginChunk(0x05);
+      save.WriteUInt32(static_cast<std::uint32_t>(block.table_count));
+      save.EndChunk();
+    }
+    save.EndChunk();
+    save.BeginChunk(0x10);
+    save.WriteInt32(static_cast<std::int32_t>(block.dependencies.size()));
+    for (std::int32_t id : block.dependencies) save.WriteInt32(id);
+    save.EndChunk();
+    save.EndChunk();
+  }
+  save.EndChunk();
+  return save.TakeBytes();
+}
+
+class SceneEngineLoadTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    RegisterBaseLibrary();
+    SceneEngine::SetScene(&engine);
+    engine.InitScene();
+    directory = boost::filesystem::temp_directory_path() /
+                boost::filesystem::unique_path("orlo-load-%%%%-%%%%");
+    boost::filesystem::create_directories(directory);
+  }
+  void TearDown() override {
+    engine.DeleteScene();
+    SceneEngine::SetScene(nullptr);
+    SceneEngine::DestroyFactories();
+    boost::system::error_code ignored;
+    boost::filesystem::remove_all(directory, ignored);
+  }
+
+  std::string PathOf(const std::string& name) const { return (directory / name).string(); }
+
+  std::string WriteFile(const std::string& name, const Bytes& bytes) {
+    const std::string path = PathOf(name);
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
+    return path;
+  }
+
+  static Bytes ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+
+  // The bytes of the engine's scene as saved now.
+  Bytes SavedBytes(const std::string& name) {
+    const std::string path = PathOf(name);
+    EXPECT_TRUE(engine.SaveScene(path).IsOk());
+    return ReadFile(path);
+  }
+
+  Node* AddNode(const char* name, Node* parent) {
+    Node* node = engine.CreateEmptyNode(Point3<double>(0, 0, 0), name);
+    if (parent != nullptr) {
+      EXPECT_TRUE(engine.SetParent(parent, node).IsOk());
+    }
+    return node;
+  }
+
+  SceneEngine engine;
+  boost::filesystem::path directory;
+};
+
+TEST_F(SceneEngineLoadTest, AMissingFileIsReportedAndTheSceneIsKept) {
+  MainScene* before = engine.GetMainScene();
+  const Status status = engine.LoadScene(PathOf("absent.scene"));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(), "SceneEngine::LoadScene : File doesn't exist.");
+  EXPECT_EQ(engine.GetMainScene(), before);
+}
+
+TEST_F(SceneEngineLoadTest, ADefaultSceneLoadsBackWithItsMainNodeAndSavesToTheSameBytes) {
+  const Bytes first = SavedBytes("first.scene");
+  const Status status = engine.LoadScene(PathOf("first.scene"));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  ASSERT_NE(engine.GetMainNode(), nullptr);
+  EXPECT_EQ(engine.GetMainNode()->GetName(), "MainNode");
+  EXPECT_EQ(engine.GetMainScene()->GetID(), 0u);
+  EXPECT_EQ(engine.GetScenePath(), PathOf("first.scene"));
+  EXPECT_EQ(SavedBytes("second.scene"), first);
+}
+
+TEST_F(SceneEngineLoadTest, AHierarchyLoadsBackWithItsParentPointersAndNames) {
+  Node* a = AddNode("a", nullptr);
+  Node* b = AddNode("b", a);
+  AddNode("c", b);
+  AddNode("d", nullptr);
+  const Bytes first = SavedBytes("first.scene");
+  ASSERT_TRUE(engine.LoadScene(PathOf("first.scene")).IsOk());
+  Node* c = engine.GetNodeByName("c");
+  ASSERT_NE(c, nullptr);
+  ASSERT_NE(c->GetParent(), nullptr);
+  EXPECT_EQ(c->GetParent()->GetName(), "b");
+  EXPECT_EQ(c->GetParent()->GetParent()->GetName(), "a");
+  EXPECT_EQ(c->GetParent()->GetParent()->GetParent(), engine.GetMainNode());
+  EXPECT_EQ(SavedBytes("second.scene"), first);
+}
+
+TEST_F(SceneEngineLoadTest, RandomHierarchiesSaveLoadAndSaveToTheSameBytes) {
+  std::mt19937 random(17);
+  for (int round = 0; round < 8; ++round) {
+    engine.InitScene();
+    std::vector<Node*> nodes{engine.GetMainNode()};
+    const int count = 1 + static_cast<int>(random() % 40);
+    for (int i = 0; i < count; ++i) {
+      Node* parent = nodes[random() % nodes.size()];
+      const std::string name = "n" + std::to_string(i);
+      nodes.push_back(AddNode(name.c_str(), parent == engine.GetMainNode() ? nullptr : parent));
+    }
+    const Bytes first = SavedBytes("first.scene");
+    const Status status = engine.LoadScene(PathOf("first.scene"));
+    ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+    EXPECT_EQ(SavedBytes("second.scene"), first) << "round " << round;
+  }
+}
+
+TEST_F(SceneEngineLoadTest, LoadingClearsTheUndoHistory) {
+  SceneEngine::StateRecorderInit();
+  StateRecorder* recorder = SceneEngine::GetStateRecorder();
+  ASSERT_NE(recorder, nullptr);
+  recorder->Begin();
+  recorder->Accept("step");
+  ASSERT_GT(recorder->NumUndoSteps(), 0u);
+  (void)SavedBytes("first.scene");
+  ASSERT_TRUE(engine.LoadScene(PathOf("first.scene")).IsOk());
+  EXPECT_EQ(recorder->NumUndoSteps(), 0u);
+}
+
+TEST_F(SceneEngineLoadTest, AFileThatDoesNotStartWithASceneChunkIsNotASceneFile) {
+  SceneSave save;
+  save.BeginChunk(0x07);
+  save.WriteUInt32(1);
+  save.EndChunk();
+  const Status status = engine.LoadScene(WriteFile("other.scene", save.TakeBytes()));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadScene : The file is not a SceneEngine file. Couldn't load any "
+            "blocks.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, AHeaderCountOfZeroIsNotASceneFile) {
+  const Status status = engine.LoadScene(WriteFile("zero.scene", MakeFile(0, {})));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_NE(status.GetMessage().find("not a SceneEngine file"), std::string::npos);
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ABlockWithoutAFactoryFailsTheLoadAndFreesEveryBlock) {
+  // An object of a class nobody registered, held by the scene's table.
+  const Bytes file = MakeFile(3, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}),
+                                  FileBlock{505, 99, 98, 2, -1, {}, true}});
+  const Status status = engine.LoadScene(WriteFile("unknown.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Couldn't find a factory for one or more blocks.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, AClassWithoutPlaceholderGivesNoBlockAndItsDataIsSkipped) {
+  // A camera (600) whose factory is missing, with data and links of its own.
+  const Bytes file = MakeFile(3, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}),
+                                  FileBlock{600, 77, 77, 2, 5, {0, 1, 2}, true}});
+  const Status status = engine.LoadScene(WriteFile("camera.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Couldn't find a factory for one or more blocks.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ASavedNumberOutsideTheCountIsRejectedNamingTheChunk) {
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(7, {})});
+  const Status status = engine.LoadScene(WriteFile("number.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Block chunk 1 has the number 7, outside 0 to 1.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, AMissingInfoChunkIsRejectedAsTheNumberMinusOne) {
+  FileBlock table = TableBlock(1, {});
+  table.has_info = false;
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, 1, -1}), table});
+  const Status status = engine.LoadScene(WriteFile("info.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Block chunk 1 has the number -1, outside 0 to 1.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ALinkToANumberOutsideTheCountIsRejected) {
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {9})});
+  const Status status = engine.LoadScene(WriteFile("link.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Block 1 links slot 0 to the number 9, outside 0 to 1.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, AFileCutShortFailsSayingWhere) {
+  Bytes file = SavedBytes("whole.scene");
+  file.resize(file.size() / 2);
+  const Status status = engine.LoadScene(WriteFile("cut.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_NE(status.GetMessage().find("SceneEngine::LoadScene : "), std::string::npos);
+  EXPECT_NE(status.GetMessage().find("offset"), std::string::npos) << status.GetMessage();
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, AFileDeclaringFourBillionBlocksIsRefusedBeforeAnyAllocation) {
+  const Bytes file = MakeFile(4000000000u, {SceneBlock(0, {-1, -1, -1, -1})});
+  const Status status = engine.LoadScene(WriteFile("huge.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_NE(status.GetMessage().find("declares 4000000000 blocks"), std::string::npos)
+      << status.GetMessage();
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ABlockLinkedToItselfIsRefused) {
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {1})});
+  const Status status = engine.LoadScene(WriteFile("self.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_NE(status.GetMessage().find("cycle"), std::string::npos) << status.GetMessage();
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, BlocksLinkedInACycleAreRefusedAndFreed) {
+  const Bytes file =
+      MakeFile(3, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}), TableBlock(2, {1})});
+  const Status status = engine.LoadScene(WriteFile("cycle.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_NE(status.GetMessage().find("cycle"), std::string::npos) << status.GetMessage();
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, OneBlockInManySlotsOfAnotherLoadsAsOneSharedBlock) {
+  const std::vector<std::int32_t> slots(500, 2);
+  const Bytes file =
+      MakeFile(3, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, slots), TableBlock(2, {})});
+  const Status status = engine.LoadScene(WriteFile("many.scene", file));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  Block* table = engine.GetMainScene()->GetDependency(2);
+  ASSERT_NE(table, nullptr);
+  ASSERT_EQ(table->NumDependencies(), 500);
+  for (int i = 0; i < 500; ++i) EXPECT_EQ(table->GetDependency(i), table->GetDependency(0));
+  EXPECT_NE(table->GetDependency(0), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ALadderOfSixtyFourSharedLevelsIsRefusedWithoutWalkingItsPaths) {
+  // Each table holds the next one twice: 2^64 paths reach the last.
+  std::vector<FileBlock> blocks{SceneBlock(0, {-1, -1, 1, -1})};
+  const int levels = 64;
+  for (int level = 1; level <= levels; ++level) {
+    const std::int32_t next = level + 1;
+    blocks.push_back(TableBlock(level, {next, next}));
+  }
+  blocks.push_back(TableBlock(levels + 1, {}));
+  const Bytes file = MakeFile(static_cast<std::uint32_t>(blocks.size()), blocks);
+  const auto start = std::chrono::steady_clock::now();
+  const Status status = engine.LoadScene(WriteFile("ladder.scene", file));
+  const auto elapsed = std::chrono::steady_clock::now() - start;
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_NE(status.GetMessage().find("paths"), std::string::npos) << status.GetMessage();
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+  EXPECT_LT(elapsed, std::chrono::seconds(10));
+}
+
+TEST_F(SceneEngineLoadTest, AFileWhoseFirstBlockIsNotASceneIsRefused) {
+  const Bytes file = MakeFile(2, {TableBlock(0, {1}), TableBlock(1, {})});
+  const Status status = engine.LoadScene(WriteFile("table.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ASavedSceneCutAtEveryByteAlwaysReturnsAStatus) {
+  AddNode("a", AddNode("b", nullptr));
+  const Bytes whole = SavedBytes("whole.scene");
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+    const Status status = engine.LoadScene(WriteFile("cut.scene", cut));
+    // Only the complete file may load.
+    EXPECT_EQ(status.GetCode(), 2) << "cut at " << size;
+    EXPECT_EQ(engine.GetMainScene(), nullptr);
+  }
+}
+
+TEST_F(SceneEngineLoadTest, ASavedSceneWithAnyOneByteChangedAlwaysReturnsAStatus) {
+  AddNode("a", AddNode("b", nullptr));
+  const Bytes whole = SavedBytes("whole.scene");
+  int loaded = 0;
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    for (std::uint8_t flip : {std::uint8_t{0x01}, std::uint8_t{0xFF}}) {
+      Bytes changed = whole;
+      changed[i] = static_cast<std::uint8_t>(changed[i] ^ flip);
+      const Status status = engine.LoadScene(WriteFile("changed.scene", changed));
+      if (status.IsOk()) {
+        ++loaded;
+        ASSERT_NE(engine.GetMainScene(), nullptr);
+        // What loaded can be saved again and walked.
+        EXPECT_TRUE(engine.SaveScene(PathOf("again.scene")).IsOk());
+      } else {
+        EXPECT_EQ(status.GetCode(), 2);
+        EXPECT_FALSE(status.GetMessage().empty());
+      }
+    }
+  }
+  // Changed payload bytes (names, numbers) still load: the loop did exercise both outcomes.
+  EXPECT_GT(loaded, 0);
+}
+
+// ---- LoadBlocks, step by step ----
+
+TEST_F(SceneEngineLoadTest, EachMissingClassGetsThePlaceholderOfItsFamilyOrNone) {
+  const std::vector<std::uint32_t> class_ids{500, 505, 510, 515, 520, 800, 600, 700, 100};
+  std::vector<FileBlock> blocks;
+  for (std::size_t i = 0; i < class_ids.size(); ++i) {
+    blocks.push_back(UnknownBlock(class_ids[i], static_cast<std::int32_t>(i)));
+  }
+  const Status status = SceneLoadTestPeer::LoadBlocks(
+      engine, MakeFile(static_cast<std::uint32_t>(blocks.size()), blocks));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Couldn't find a factory for one or more blocks.");
+  const auto& records = SceneLoadTestPeer::Records(engine);
+  ASSERT_EQ(records.size(), class_ids.size());
+  std::vector<std::string> classes;
+  for (const auto& record : records) {
+    ASSERT_NE(record, nullptr);
+    classes.push_back(record->block != nullptr ? record->block->GetClassName() : "none");
+  }
+  EXPECT_EQ(classes, (std::vector<std::string>{"UnknownObject", "UnknownObject", "UnknownObject",
+                                               "UnknownObject", "UnknownObjectModifier",
+                                               "UnknownModifier", "none", "none", "none"}));
+  // The records keep the type read from the file, not the placeholder's.
+  EXPECT_EQ(records[1]->block_type, BlockType(505, 99, 98));
+  EXPECT_EQ(records[1]->block_type.class_id, 505u);
+  EXPECT_EQ(SceneLoadTestPeer::BlocksByID(engine)[4], records[4]->block);
+  SceneLoadTestPeer::FreeLoadedBlocks(engine);
+  EXPECT_TRUE(SceneLoadTestPeer::Records(engine).empty());
+}
+
+TEST_F(SceneEngineLoadTest, APlaceholderObjectModifierIsLinkedLikeAnyOtherBlock) {
+  const Bytes file =
+      MakeFile(3, {UnknownBlock(520, 0, {1, 2}), UnknownBlock(800, 1), UnknownBlock(505, 2)});
+  const Status status = SceneLoadTestPeer::LoadBlocks(engine, file);
+  EXPECT_EQ(status.GetCode(), 2);
+  const auto& records = SceneLoadTestPeer::Records(engine);
+  ASSERT_EQ(records.size(), 3u);
+  auto* stack = dynamic_cast<UnknownObjectModifier*>(records[0]->block);
+  ASSERT_NE(stack, nullptr);
+  EXPECT_EQ(records[0]->dependency_ids, (std::vector<std::int32_t>{1, 2}));
+  EXPECT_EQ(stack->GetModifier(), records[1]->block);
+  EXPECT_EQ(stack->GetObjectToModify(), records[2]->block);
+  EXPECT_NE(dynamic_cast<UnknownModifier*>(stack->GetModifier()), nullptr);
+  EXPECT_NE(dynamic_cast<UnknownObject*>(stack->GetObjectToModify()), nullptr);
+  SceneLoadTestPeer::FreeLoadedBlocks(engine);
+}
+
+TEST_F(SceneEngineLoadTest, AChunkThatIsNotABlockIsSkippedAndLeavesItsRecordEmpty) {
+  // | 0x05 scene | 0x10 count 3 | 0x15 block 0 | 0x30 junk | 0x15 block 1 |
+  SceneSave save;
+  save.BeginChunk(0x05);
+  save.BeginChunk(0x10);
+  save.WriteUInt32(3);
+  save.EndChunk();
+  const Bytes table0 = MakeFile(1, {TableBlock(0, {1})});
+  const Bytes table1 = MakeFile(1, {TableBlock(1, {})});
+  // The block chunks of the two one-block files: everything after their scene and header
+  // chunk headers and the 4-byte count.
+  const std::size_t skip = 12 + 12 + 4;
+  unsigned written = 0;
+  save.Write(table0.data() + skip, static_cast<unsigned>(table0.size() - skip), written);
+  save.BeginChunk(0x30);
+  save.WriteUInt32(0xDEADBEEF);
+  save.EndChunk();
+  save.Write(table1.data() + skip, static_cast<unsigned>(table1.size() - skip), written);
+  save.EndChunk();
+  const Status status = SceneLoadTestPeer::LoadBlocks(engine, save.TakeBytes());
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  const auto& records = SceneLoadTestPeer::Records(engine);
+  ASSERT_EQ(records.size(), 3u);
+  ASSERT_NE(records[0], nullptr);
+  EXPECT_EQ(records[1], nullptr);
+  ASSERT_NE(records[2], nullptr);
+  EXPECT_EQ(records[2]->id, 1);
+  EXPECT_EQ(records[0]->block->GetDependency(0), records[2]->block);
+  SceneLoadTestPeer::FreeLoadedBlocks(engine);
+}
+
+// A block whose Load always reports a failure and reads nothing.
+class FailingBlock : public testing::TestBlock {
+ public:
+  FailingBlock() : TestBlock("failing", 1) { SetType(BlockType(900, 5, 5)); }
+  int Load(SceneLoad*) override { return 0; }
+};
+
+class FailingBlockFactory : public BlockFactory {
+ public:
+  BlockType GetBlockType() const override { return BlockType(900, 5, 5); }
+  Block* GetBlock(bool) const override { return new FailingBlock(); }
+  std::string GetName() const override { return "FailingBlockFactory"; }
+};
+
+TEST_F(SceneEngineLoadTest, ABlocksOwnLoadResultIsNotExamined) {
+  SceneEngine::AddBlockFactory(new FailingBlockFactory());
+  FileBlock failing{900, 5, 5, 1, 3, {}, true};
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, 1, -1}), failing});
+  const Status status = engine.LoadScene(WriteFile("failing.scene", file));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  EXPECT_NE(dynamic_cast<FailingBlock*>(engine.GetMainScene()->GetDependency(2)), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, DestroyingTheRecordsLeavesTheBlocksAlone) {
+  const Status status =
+      SceneLoadTestPeer::LoadBlocks(engine, MakeFile(2, {TableBlock(0, {1}), TableBlock(1, {})}));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  Block* top = SceneLoadTestPeer::Records(engine)[0]->block;
+  Block* below = SceneLoadTestPeer::Records(engine)[1]->block;
+  engine.DestroyBlockLoadData();
+  EXPECT_TRUE(SceneLoadTestPeer::Records(engine).empty());
+  // The number table is left as it is, and the blocks live on (the sanitizers would see
+  // otherwise).
+  EXPECT_EQ(SceneLoadTestPeer::BlocksByID(engine).size(), 2u);
+  EXPECT_EQ(top->GetDependency(0), below);
+  EXPECT_EQ(below->GetClassName(), top->GetClassName());
+  top->DeleteThisBlock(true);
+}
+
+TEST_F(SceneEngineLoadTest, RecordsLeftFromAnEarlierReadFailTheNextLoadThatReadsNone) {
+  const Status read =
+      SceneLoadTestPeer::LoadBlocks(engine, MakeFile(2, {TableBlock(0, {1}), TableBlock(1, {})}));
+  ASSERT_TRUE(read.IsOk()) << read.GetMessage();
+  Block* top = SceneLoadTestPeer::Records(engine)[0]->block;
+  const Status status = engine.LoadScene(WriteFile("zero.scene", MakeFile(0, {})));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(), "SceneEngine::LoadScene : Failed loading the blocks\n");
+  EXPECT_TRUE(SceneLoadTestPeer::Records(engine).empty());
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+  // The blocks were not made by that load: they are still the reader's caller's.
+  top->DeleteThisBlock(true);
+}
+
+TEST_F(SceneEngineLoadTest, AFailedLoadLeavesNoRecordNumberTableOrCount) {
+  const Bytes file =
+      MakeFile(3, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}), UnknownBlock(800, 2)});
+  const Status status = engine.LoadScene(WriteFile("unknown.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_TRUE(SceneLoadTestPeer::Records(engine).empty());
+  EXPECT_TRUE(SceneLoadTestPeer::BlocksByID(engine).empty());
+  EXPECT_EQ(SceneLoadTestPeer::NumFileBlocks(engine), -1);
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+  // The engine works again after it.
+  engine.InitScene();
+  EXPECT_NE(engine.GetMainNode(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ASuccessfulLoadLeavesNoRecordNumberTableOrCount) {
+  (void)SavedBytes("first.scene");
+  ASSERT_TRUE(engine.LoadScene(PathOf("first.scene")).IsOk());
+  EXPECT_TRUE(SceneLoadTestPeer::Records(engine).empty());
+  EXPECT_TRUE(SceneLoadTestPeer::BlocksByID(engine).empty());
+  EXPECT_EQ(SceneLoadTestPeer::NumFileBlocks(engine), -1);
+}
+
+TEST_F(SceneEngineLoadTest, ABlockHeldByTwoBlocksIsCreatedOnceAndSharedAfterTheLoad) {
+  const Bytes file = MakeFile(4, {SceneBlock(0, {-1, -1, 1, 2}), TableBlock(1, {3}),
+                                  TableBlock(2, {3}), TableBlock(3, {})});
+  ASSERT_TRUE(engine.LoadScene(WriteFile("shared.scene", file)).IsOk());
+  Block* tools = engine.GetMainScene()->GetDependency(2);
+  Block* materials = engine.GetMainScene()->GetDependency(3);
+  ASSERT_NE(tools, nullptr);
+  ASSERT_NE(materials, nullptr);
+  ASSERT_NE(tools->GetDependency(0), nullptr);
+  EXPECT_EQ(tools->GetDependency(0), materials->GetDependency(0));
+}
+
+TEST_F(SceneEngineLoadTest, TwoChunksWithOneNumberAreRejected) {
+  const Bytes file =
+      MakeFile(3, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {}), TableBlock(1, {})});
+  const Status status = engine.LoadScene(WriteFile("twice.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(), "SceneEngine::LoadBlocks : Block chunk 2 repeats the number 1.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, ALinkToASlotTheBlockDoesNotHaveIsRejected) {
+  // The scene has four slots; the file links a fifth.
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, -1, -1, 1}), TableBlock(1, {})});
+  const Status status = engine.LoadScene(WriteFile("slot.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadBlocks : Block 0 links slot 4 of a block with 4 slots.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+}
+
+TEST_F(SceneEngineLoadTest, LoadingAddsTheFilesDirectoryToTheBitmapSearch) {
+  (void)SavedBytes("first.scene");
+  BitmapManager manager;
+  SceneEngine::SetBitmapManager(&manager);
+  const Status status = engine.LoadScene(PathOf("first.scene"));
+  SceneEngine::SetBitmapManager(nullptr);
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  const std::vector<std::string> directories = manager.GetDirectories();
+  EXPECT_NE(std::find(directories.begin(), directories.end(), directory.string()),
+            directories.end());
+}
+
+TEST_F(SceneEngineLoadTest, MergingMovesOnlyTheNodesAtEvenPositions) {
+  SceneEngine other;
+  other.InitScene();
+  for (const char* name : {"n0", "n1", "n2", "n3"}) {
+    Node* node = other.CreateEmptyNode(Point3<double>(0, 0, 0), name);
+    ASSERT_NE(node, nullptr);
+  }
+  EXPECT_EQ(engine.MergeScene(&other, false), 0);
+  ASSERT_EQ(engine.GetMainNode()->GetNumChildren(), 2);
+  EXPECT_EQ(engine.GetMainNode()->GetChild(0)->GetName(), "n0");
+  EXPECT_EQ(engine.GetMainNode()->GetChild(1)->GetName(), "n2");
+  ASSERT_EQ(other.GetMainNode()->GetNumChildren(), 2);
+  EXPECT_EQ(other.GetMainNode()->GetChild(0)->GetName(), "n1");
+  EXPECT_EQ(other.GetMainNode()->GetChild(1)->GetName(), "n3");
+}
+
+TEST_F(SceneEngineLoadTest, MergingNamesOnlyMovesNothing) {
+  SceneEngine other;
+  other.InitScene();
+  (void)other.CreateEmptyNode(Point3<double>(0, 0, 0), "n0");
+  EXPECT_EQ(engine.MergeScene(&other, true), 0);
+  EXPECT_EQ(engine.GetMainNode()->GetNumChildren(), 0);
+  EXPECT_EQ(other.GetMainNode()->GetNumChildren(), 1);
+}
+
+TEST_F(SceneEngineLoadTest, MergingFromAPathDoesNothing) {
+  (void)SavedBytes("first.scene");
+  EXPECT_EQ(engine.MergeScene(PathOf("first.scene").c_str()), 0);
+  EXPECT_EQ(engine.GetMainNode()->GetNumChildren(), 0);
+}
+
+}  // namespace
+}  // namespace Orlo
