@@ -13,26 +13,12 @@
 #include <orlo/base/scene/node.h>
 #include <orlo/base/scene/object.h>
 
+#include "tools/orlo/current_engine.h"
 #include "tools/orlo/demo/demo_scene.h"
 
 namespace Orlo::cli {
 
 namespace {
-
-// Makes `engine` the current engine for the life of this object, and restores the previous
-// one afterwards.
-class CurrentEngine {
- public:
-  explicit CurrentEngine(SceneEngine* engine) : m_previous(SceneEngine::GetScene()) {
-    SceneEngine::SetScene(engine);
-  }
-  ~CurrentEngine() { SceneEngine::SetScene(m_previous); }
-  CurrentEngine(const CurrentEngine&) = delete;
-  CurrentEngine& operator=(const CurrentEngine&) = delete;
-
- private:
-  SceneEngine* m_previous;
-};
 
 bool ReadBytes(const std::string& path, std::vector<char>* bytes) {
   std::ifstream stream(path, std::ios::binary);
@@ -102,37 +88,40 @@ int DemoCommand::Run(const ToolContext&) {
   {
     CurrentEngine current(&built);
     Status status = BuildDemoScene(built);
-    if (!status.IsOk())
+    if (!status.IsOk()) {
       return ReportError("demo", "cannot build the scene: " + status.GetMessage());
+    }
     status = built.SaveScene(m_output);
     if (!status.IsOk()) return ReportError(m_output, status.GetMessage());
+    built.DeleteScene();
   }
 
-  // TODO(load): load the file back into a second engine and save that one.
+  // The file is loaded back into an engine of its own and saved again: the second file must
+  // hold the same bytes.
+  SceneEngine loaded;
+  CurrentEngine current(&loaded);
+  Status status = loaded.LoadScene(m_output);
+  if (!status.IsOk()) return ReportError(m_output, "cannot load it back: " + status.GetMessage());
   const std::string check_path = m_output + ".check";
-  {
-    CurrentEngine current(&built);
-    Status status = built.SaveScene(check_path);
-    if (!status.IsOk()) return ReportError(check_path, status.GetMessage());
-  }
+  status = loaded.SaveScene(check_path);
+  if (!status.IsOk()) return ReportError(check_path, status.GetMessage());
   std::vector<char> first;
   std::vector<char> second;
   const bool read = ReadBytes(m_output, &first) && ReadBytes(check_path, &second);
   boost::system::error_code ignored;
   boost::filesystem::remove(check_path, ignored);
-  if (!read) return ReportError(m_output, "cannot read the saved file back");
+  if (!read) return ReportError(m_output, "cannot read the saved files back");
   if (first != second) {
-    return ReportError(m_output, "a second save of the loaded scene gives different bytes");
+    return ReportError(m_output, "saving the loaded scene again gives different bytes");
   }
 
-  CurrentEngine current(&built);
-  std::cout << "wrote " << m_output << " (" << first.size() << " bytes, " << built.GetNumBlocks()
+  std::cout << "wrote " << m_output << " (" << first.size() << " bytes, " << loaded.GetNumBlocks()
             << " blocks)\n";
-  std::cout << "a second save gives the same " << second.size() << " bytes\n";
+  std::cout << "loaded it back and saved it again: the same " << second.size() << " bytes\n";
   std::cout << "node tree:\n";
-  PrintTree(built);
+  PrintTree(loaded);
   std::cout << "world positions (x, y, z):\n";
-  PrintPositions(built);
+  PrintPositions(loaded);
   return kExitOk;
 }
 

@@ -3,7 +3,10 @@
 #include <iostream>
 #include <vector>
 
+#include <orlo/base/engine/scene_engine.h>
+
 #include "tools/orlo/block_catalog.h"
+#include "tools/orlo/current_engine.h"
 #include "tools/orlo/json_output.h"
 #include "tools/orlo/scene_checks.h"
 
@@ -22,6 +25,17 @@ int ValidateCommand::Run(const ToolContext&) {
   if (!ReadFile(&file, /*allow_damage=*/true)) return kExitFailure;
   BlockCatalog catalog;
   std::vector<FileProblem> problems = CheckSceneFile(file, catalog);
+  // Last, the loader itself: it may refuse what the checks above cannot see (a block's own
+  // payload, say), and a file with problems is expected to fail here too.
+  {
+    SceneEngine engine;
+    CurrentEngine current(&engine);
+    const Status status = engine.LoadScene(m_path);
+    if (!status.IsOk()) {
+      problems.push_back(
+          FileProblem{0, kCheckLoad, "the file does not load: " + status.GetMessage()});
+    }
+  }
 
   if (m_json) {
     Json json;

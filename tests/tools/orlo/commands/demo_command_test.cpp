@@ -22,7 +22,7 @@ TEST_F(DemoCommandTest, WritesDemoOrloInTheCurrentFolderAndPrintsTreeAndPosition
   const std::string size = std::to_string(ReadBytes(path).size());
   EXPECT_EQ(run.out, "wrote demo.orlo (" + size +
                          " bytes, 432 blocks)\n"
-                         "a second save gives the same " +
+                         "loaded it back and saved it again: the same " +
                          size +
                          " bytes\n"
                          "node tree:\n"

@@ -59,7 +59,10 @@ TEST_F(ValidateCommandTest, AClassWithoutAFactoryIsAProblemUnlessAPluginBringsIt
                          ": factory: no factory registered for class (510, 300, 1) (1 block, "
                          "first block " +
                          std::to_string(torus) + " (chunk 0x0015 at offset " +
-                         std::to_string(offset) + "))\n" + path + ": 1 problem\n");
+                         std::to_string(offset) + "))\n" + path +
+                         ": offset 0: load: the file does not load: SceneEngine::LoadBlocks : "
+                         "Couldn't find a factory for one or more blocks.\n" +
+                         path + ": 2 problems\n");
   Run({"validate", "--plugin", ExamplePluginPath(), path}, 0);
 }
 
@@ -79,7 +82,7 @@ TEST_F(ValidateCommandTest, EveryProblemIsListedWithItsOffset) {
   const nlohmann::json json = Problems(path, 1);
   EXPECT_EQ(json["ok"], false);
   const nlohmann::json& problems = json["problems"];
-  ASSERT_EQ(problems.size(), 4u) << json.dump(2);
+  ASSERT_EQ(problems.size(), 5u) << json.dump(2);
   EXPECT_EQ(problems[0]["check"], "header");
   EXPECT_EQ(problems[0]["offset"], 0);
   EXPECT_EQ(problems[0]["message"], "the header counts " + std::to_string(blocks.size() + 1) +
@@ -90,13 +93,15 @@ TEST_F(ValidateCommandTest, EveryProblemIsListedWithItsOffset) {
   EXPECT_EQ(problems[1]["message"],
             "block 0 (chunk 0x0015 at offset 28): slot data_table holds block number 100000, "
             "outside the file's " +
-                std::to_string(blocks.size()) + " blocks");
+                std::to_string(blocks.size() + 1) + " blocks");
   EXPECT_EQ(problems[2]["check"], "block_number");
   EXPECT_EQ(problems[2]["offset"], block2);
   EXPECT_EQ(problems[2]["message"], "block 2 (chunk 0x0015 at offset " + std::to_string(block2) +
                                         "): holds block number 9; the block at position 2 "
                                         "must be numbered 2");
   EXPECT_EQ(problems[3]["check"], "factory");
+  EXPECT_EQ(problems[4]["check"], "load");
+  EXPECT_EQ(problems[4]["offset"], 0);
 }
 
 TEST_F(ValidateCommandTest, ALinkThatWouldCloseACycleIsAProblem) {
@@ -108,12 +113,17 @@ TEST_F(ValidateCommandTest, ALinkThatWouldCloseACycleIsAProblem) {
   PutUInt32(bytes, SlotAt(blocks[1]["offset"], blocks[1]["payload_size"], 0), 0);
   WriteBytes(path, bytes);
   const nlohmann::json json = Problems(path, 1);
-  ASSERT_EQ(json["problems"].size(), 1u) << json.dump(2);
+  ASSERT_EQ(json["problems"].size(), 2u) << json.dump(2);
   EXPECT_EQ(json["problems"][0]["check"], "cycle");
   EXPECT_EQ(json["problems"][0]["offset"], blocks[1]["offset"]);
   EXPECT_EQ(json["problems"][0]["message"],
             "block 1 (chunk 0x0015 at offset 112): slot MainScene links block 0, which would "
             "close a cycle; a loader refuses the link");
+  EXPECT_EQ(json["problems"][1]["check"], "load");
+  EXPECT_EQ(json["problems"][1]["message"].get<std::string>().rfind(
+                "the file does not load: SceneEngine::", 0),
+            0u)
+      << json.dump(2);
 }
 
 TEST_F(ValidateCommandTest, ACutFileIsAFramingProblemAndTheRestIsStillChecked) {
@@ -134,6 +144,7 @@ TEST_F(ValidateCommandTest, ACutFileIsAFramingProblemAndTheRestIsStillChecked) {
   bool factory = false;
   for (const auto& problem : problems) factory = factory || problem["check"] == "factory";
   EXPECT_TRUE(factory) << json.dump(2);
+  EXPECT_EQ(problems.back()["check"], "load");
 }
 
 TEST_F(ValidateCommandTest, AnEmptyFileIsAProblem) {
@@ -141,7 +152,10 @@ TEST_F(ValidateCommandTest, AnEmptyFileIsAProblem) {
   WriteBytes(path, {});
   const ToolRun run = Run({"validate", path}, 1);
   EXPECT_EQ(run.out,
-            path + ": offset 0: header: file: the file holds no chunk\n" + path + ": 1 problem\n");
+            path + ": offset 0: header: file: the file holds no chunk\n" + path +
+                ": offset 0: load: the file does not load: SceneEngine::LoadScene : The file is "
+                "not a SceneEngine file. Couldn't load any blocks.\n" +
+                path + ": 2 problems\n");
 }
 
 TEST_F(ValidateCommandTest, AMissingFileIsNotAProblemOfTheFileButAFailure) {
