@@ -1,7 +1,9 @@
 // The orlo tool's command line as a whole: help, subcommand choice, usage errors.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/tools/orlo/tool_test.h"
 
@@ -50,6 +52,38 @@ TEST_F(ToolCommandLineTest, TwoFilesWhereOneIsExpectedIsAUsageError) {
   const ToolRun run = Run({"info", path, path}, 2);
   EXPECT_EQ(Lines(run.err).size(), 1u) << run.err;
   EXPECT_EQ(run.err.rfind("orlo: usage: ", 0), 0u) << run.err;
+}
+
+TEST_F(ToolCommandLineTest, EveryFileCommandRefusesAnUnknownOptionAsAUsageError) {
+  const std::string path = WriteSmallScene("a.orlo", false);
+  for (const char* name : {"info", "tree", "blocks", "validate", "eval", "graph", "convert"}) {
+    std::vector<std::string> arguments{name, "--no-such-option", path};
+    if (std::string(name) == "convert") arguments.push_back(Path("b.orlo"));
+    const ToolRun run = Run(arguments, 2);
+    EXPECT_EQ(run.out, "") << name;
+    ASSERT_EQ(Lines(run.err).size(), 1u) << name << ": " << run.err;
+    EXPECT_EQ(run.err.rfind("orlo: usage: ", 0), 0u) << name << ": " << run.err;
+  }
+  const ToolRun demo = Run({"demo", "--output"}, 2);
+  EXPECT_EQ(demo.err.rfind("orlo: usage: ", 0), 0u) << demo.err;
+}
+
+TEST_F(ToolCommandLineTest, EveryFileCommandReportsACorruptFileOnOneLine) {
+  const std::string path = WriteSmallScene("a.orlo", false);
+  std::vector<std::uint8_t> bytes = ReadBytes(path);
+  bytes[4] ^= 0x40;  // the scene chunk's length no longer matches the file
+  WriteBytes(path, bytes);
+  for (const char* name : {"info", "tree", "blocks", "eval", "graph", "convert"}) {
+    std::vector<std::string> arguments{name, path};
+    if (std::string(name) == "convert") arguments.push_back(Path("b.orlo"));
+    const ToolRun run = Run(arguments, 2);
+    ASSERT_EQ(Lines(run.err).size(), 1u) << name << ": " << run.err;
+    EXPECT_EQ(run.err.rfind("orlo: " + path + ": ", 0), 0u) << name << ": " << run.err;
+  }
+  // validate reports the damage as the file's problem.
+  const ToolRun validate = Run({"validate", path}, 1);
+  EXPECT_EQ(validate.err, "");
+  EXPECT_NE(validate.out.find(": framing: chunk 0x"), std::string::npos) << validate.out;
 }
 
 }  // namespace
