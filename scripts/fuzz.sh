@@ -23,7 +23,7 @@ targets=(block_graph_fuzzer scene_load_fuzzer)
 
 cmake -S "$root" -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_CXX_COMPILER=clang++-14 -DORLO_FUZZ=ON -DORLO_BUILD_TESTS=OFF \
-  -DORLO_BUILD_BENCHMARKS=OFF -DORLO_INSTALL=OFF
+  -DORLO_BUILD_BENCHMARKS=OFF -DORLO_INSTALL=OFF -DORLO_BUILD_TOOLS=OFF
 cmake --build "$build_dir" --parallel "$(nproc)" --target "${targets[@]}"
 
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1:strict_string_checks=1"

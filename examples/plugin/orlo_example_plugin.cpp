@@ -1,0 +1,8 @@
+// The example plug-in library: the orlo tool loads it with `--plugin` (or from a folder of
+// ORLO_PLUGIN_PATH) and calls its one exported function, which registers the plug-in's block
+// classes after the base library's.
+#include "examples/plugin/torus.h"
+
+extern "C" __attribute__((visibility("default"))) void OrloRegisterPlugin() {
+  orlo_example::RegisterTorusPlugin();
+}
