@@ -32,8 +32,8 @@ enum class Ending {
   kKeepInScene,    // adds itself to the scene's tools, which keep it
 };
 
-struct ToolSpec {
-  ToolSpec(std::string tool_name, std::vector<std::string> tool_extensions,
+struct ToolPlan {
+  ToolPlan(std::string tool_name, std::vector<std::string> tool_extensions,
            Ending tool_ending = Ending::kReleaseItself)
       : name(std::move(tool_name)), extensions(std::move(tool_extensions)), ending(tool_ending) {}
 
@@ -43,13 +43,13 @@ struct ToolSpec {
   Status result;
 };
 
-// An import or export tool that logs its life and does what its spec says.
+// An import or export tool that logs its life and does what its plan says.
 template <typename Base>
 class LoggedTool : public Base {
  public:
-  LoggedTool(BlockType type, ToolSpec spec) : m_type(type), m_spec(std::move(spec)) {
+  LoggedTool(BlockType type, ToolPlan plan) : m_type(type), m_plan(std::move(plan)) {
     ++g_tools.live;
-    g_tools.events.push_back("make " + m_spec.name);
+    g_tools.events.push_back("make " + m_plan.name);
   }
 
   std::string GetClassName() const override { return "LoggedTool"; }
@@ -58,22 +58,22 @@ class LoggedTool : public Base {
   void SetDependency(int, Block*) override {}
   Block* GetDependency(int) const override { return nullptr; }
   std::string GetDependencyName(int) const override { return "no_dependency"; }
-  Block* Clone() override { return new LoggedTool(m_type, m_spec); }
+  Block* Clone() override { return new LoggedTool(m_type, m_plan); }
   int Save(SceneSave*) override { return 1; }
   int Load(SceneLoad*) override { return 1; }
   void DeleteThis() override {
     --g_tools.live;
-    g_tools.events.push_back("release " + m_spec.name);
+    g_tools.events.push_back("release " + m_plan.name);
     delete this;
   }
 
-  std::vector<std::string> GetExtensions() override { return m_spec.extensions; }
+  std::vector<std::string> GetExtensions() override { return m_plan.extensions; }
 
   Status Execute(SceneEngine* engine, std::string path) override {
-    g_tools.events.push_back("execute " + m_spec.name + " " + path);
+    g_tools.events.push_back("execute " + m_plan.name + " " + path);
     g_tools.last_engine = engine;
-    const Status result = m_spec.result;
-    if (m_spec.ending == Ending::kKeepInScene) engine->GetMainScene()->AddSceneTool(this);
+    const Status result = m_plan.result;
+    if (m_plan.ending == Ending::kKeepInScene) engine->GetMainScene()->AddSceneTool(this);
     // A tool that nothing keeps releases itself at the end of its own Execute: the engine
     // that called it never does.
     if (this->GetParentBlock() == nullptr) this->DeleteThisBlock(true);
@@ -82,20 +82,20 @@ class LoggedTool : public Base {
 
  private:
   BlockType m_type;
-  ToolSpec m_spec;
+  ToolPlan m_plan;
 };
 
 template <typename Tool>
 class LoggedToolFactory : public BlockFactory {
  public:
-  LoggedToolFactory(BlockType type, ToolSpec spec) : m_type(type), m_spec(std::move(spec)) {}
+  LoggedToolFactory(BlockType type, ToolPlan plan) : m_type(type), m_plan(std::move(plan)) {}
   BlockType GetBlockType() const override { return m_type; }
-  Block* GetBlock(bool) const override { return new Tool(m_type, m_spec); }
-  std::string GetName() const override { return m_spec.name; }
+  Block* GetBlock(bool) const override { return new Tool(m_type, m_plan); }
+  std::string GetName() const override { return m_plan.name; }
 
  private:
   BlockType m_type;
-  ToolSpec m_spec;
+  ToolPlan m_plan;
 };
 
 // A factory that claims a kind and counts the blocks asked of it.
@@ -131,13 +131,13 @@ class ImportExportTest : public testing::EngineTest {
   }
 
   // Registers an import tool factory; `sub_id` tells factories apart.
-  static void AddImporter(unsigned sub_id, ToolSpec spec) {
+  static void AddImporter(unsigned sub_id, ToolPlan plan) {
     SceneEngine::AddBlockFactory(new LoggedToolFactory<LoggedTool<ImportTool>>(
-        BlockType(ImportTool::kClassID, 1, sub_id), std::move(spec)));
+        BlockType(ImportTool::kClassID, 1, sub_id), std::move(plan)));
   }
-  static void AddExporter(unsigned sub_id, ToolSpec spec) {
+  static void AddExporter(unsigned sub_id, ToolPlan plan) {
     SceneEngine::AddBlockFactory(new LoggedToolFactory<LoggedTool<ExportTool>>(
-        BlockType(ExportTool::kClassID, 2, sub_id), std::move(spec)));
+        BlockType(ExportTool::kClassID, 2, sub_id), std::move(plan)));
   }
 };
 
@@ -221,13 +221,13 @@ TEST_F(ImportExportTest, TheEngineNeverReleasesTheToolItRan) {
 }
 
 TEST_F(ImportExportTest, TheToolsStatusIsReturnedAsItIs) {
-  ToolSpec failing{"broken", {".xyz"}};
+  ToolPlan failing{"broken", {".xyz"}};
   failing.result = Status(Status::kFailed, "Writer::Execute : the disk is full.");
   AddExporter(1, failing);
   Status status = engine.ExportScene("out.xyz");
   EXPECT_EQ(status.GetCode(), 2);
   EXPECT_EQ(status.GetMessage(), "Writer::Execute : the disk is full.");
-  ToolSpec odd{"odd", {".odd"}};
+  ToolPlan odd{"odd", {".odd"}};
   odd.result = Status(Status::kInvalidArgument, "Odd::Execute : bad path.");
   AddImporter(1, odd);
   Status import_status = engine.ImportScene("in.odd");
