@@ -16,75 +16,14 @@
 
 #include <orlo/base/scene/node.h>
 
-namespace {
-
-// Counters of the replaced allocator. The benchmark runs on one thread.
-struct HeapCounters {
-  std::uint64_t allocations = 0;
-  std::uint64_t allocated_bytes = 0;
-  std::int64_t live_allocations = 0;
-  std::int64_t live_bytes = 0;
-};
-
-HeapCounters g_heap;
-
-// Keeps the prefix a multiple of the strictest fundamental alignment.
-constexpr std::size_t kPrefix = alignof(std::max_align_t);
-
-void* CountedAllocate(std::size_t size) {
-  void* raw = std::malloc(size + kPrefix);
-  if (raw == nullptr) return nullptr;
-  *static_cast<std::size_t*>(raw) = size;
-  ++g_heap.allocations;
-  g_heap.allocated_bytes += size;
-  ++g_heap.live_allocations;
-  g_heap.live_bytes += static_cast<std::int64_t>(size);
-  return static_cast<char*>(raw) + kPrefix;
-}
-
-void CountedFree(void* pointer) {
-  if (pointer == nullptr) return;
-  void* raw = static_cast<char*>(pointer) - kPrefix;
-  --g_heap.live_allocations;
-  g_heap.live_bytes -= static_cast<std::int64_t>(*static_cast<std::size_t*>(raw));
-  std::free(raw);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (void* pointer = CountedAllocate(size)) return pointer;
-  throw std::bad_alloc();
-}
-void* operator new[](std::size_t size) {
-  if (void* pointer = CountedAllocate(size)) return pointer;
-  throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocate(size);
-}
-void operator delete(void* pointer) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer) noexcept { CountedFree(pointer); }
-void operator delete(void* pointer, std::size_t) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer, std::size_t) noexcept { CountedFree(pointer); }
-void operator delete(void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
+#include "bench/heap_counter.h"
 
 namespace {
 
 using Orlo::Node;
-
-HeapCounters Since(const HeapCounters& before) {
-  HeapCounters delta;
-  delta.allocations = g_heap.allocations - before.allocations;
-  delta.allocated_bytes = g_heap.allocated_bytes - before.allocated_bytes;
-  delta.live_allocations = g_heap.live_allocations - before.live_allocations;
-  delta.live_bytes = g_heap.live_bytes - before.live_bytes;
-  return delta;
-}
+using Orlo::bench::Heap;
+using Orlo::bench::HeapCounters;
+using Orlo::bench::HeapSince;
 
 void Report(benchmark::State& state, const HeapCounters& built, int nodes) {
   // What the nodes keep once built, in all and per node, and what building them asked for.
@@ -99,9 +38,9 @@ void Report(benchmark::State& state, const HeapCounters& built, int nodes) {
 void BM_DefaultNodeHeap(benchmark::State& state) {
   HeapCounters built;
   for (auto _ : state) {
-    const HeapCounters before = g_heap;
+    const HeapCounters before = Heap();
     auto* node = new Node(true);
-    built = Since(before);
+    built = HeapSince(before);
     node->DeleteThisBlock(true);
     benchmark::ClobberMemory();
   }
@@ -115,12 +54,12 @@ void BM_HundredThousandChildrenHeap(benchmark::State& state) {
   constexpr int kChildren = 100000;
   HeapCounters built;
   for (auto _ : state) {
-    const HeapCounters before = g_heap;
+    const HeapCounters before = Heap();
     auto* parent = new Node(true);
     for (int i = 0; i < kChildren; ++i) {
       if (!parent->AddChild(new Node(true)).IsOk()) state.SkipWithError("AddChild failed");
     }
-    built = Since(before);
+    built = HeapSince(before);
     parent->DeleteThisBlock(true);
     benchmark::ClobberMemory();
   }

@@ -22,55 +22,8 @@
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/support/status.h>
 
+#include "bench/heap_counter.h"
 #include "bench/scene_workload.h"
-
-namespace {
-
-// The bytes the program holds on the heap now. The benchmark runs on one thread.
-std::int64_t g_live_bytes = 0;
-
-// Keeps the prefix a multiple of the strictest fundamental alignment.
-constexpr std::size_t kPrefix = alignof(std::max_align_t);
-
-// Out of line: inlined into the replaced operators, GCC takes the prefix arithmetic for an
-// access outside the caller's object and warns.
-[[gnu::noinline]] void* CountedAllocate(std::size_t size) {
-  void* raw = std::malloc(size + kPrefix);
-  if (raw == nullptr) return nullptr;
-  *static_cast<std::size_t*>(raw) = size;
-  g_live_bytes += static_cast<std::int64_t>(size);
-  return static_cast<char*>(raw) + kPrefix;
-}
-
-[[gnu::noinline]] void CountedFree(void* pointer) {
-  if (pointer == nullptr) return;
-  void* raw = static_cast<char*>(pointer) - kPrefix;
-  g_live_bytes -= static_cast<std::int64_t>(*static_cast<std::size_t*>(raw));
-  std::free(raw);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (void* pointer = CountedAllocate(size)) return pointer;
-  throw std::bad_alloc();
-}
-void* operator new[](std::size_t size) {
-  if (void* pointer = CountedAllocate(size)) return pointer;
-  throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocate(size);
-}
-void operator delete(void* pointer) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer) noexcept { CountedFree(pointer); }
-void operator delete(void* pointer, std::size_t) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer, std::size_t) noexcept { CountedFree(pointer); }
-void operator delete(void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
 
 namespace {
 
@@ -113,11 +66,11 @@ void BM_Load(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     engine.DeleteScene();
-    const std::int64_t before = g_live_bytes;
+    const std::int64_t before = Orlo::bench::Heap().live_bytes;
     state.ResumeTiming();
     const Status status = engine.LoadScene(path);
     state.PauseTiming();
-    heap = g_live_bytes - before;
+    heap = Orlo::bench::Heap().live_bytes - before;
     if (!status.IsOk()) state.SkipWithError(status.GetMessage().c_str());
     state.ResumeTiming();
   }

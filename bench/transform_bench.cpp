@@ -16,62 +16,7 @@
 #include <orlo/base/controllers/point3_controller.h>
 #include <orlo/base/controllers/transform3_controller.h>
 
-namespace {
-
-// Counters of the replaced allocator. The benchmark runs on one thread.
-struct HeapCounters {
-  std::uint64_t allocations = 0;
-  std::uint64_t allocated_bytes = 0;
-  std::int64_t live_allocations = 0;
-  std::int64_t live_bytes = 0;
-};
-
-HeapCounters g_heap;
-
-// Keeps the prefix a multiple of the strictest fundamental alignment.
-constexpr std::size_t kPrefix = alignof(std::max_align_t);
-
-void* CountedAllocate(std::size_t size) {
-  void* raw = std::malloc(size + kPrefix);
-  if (raw == nullptr) return nullptr;
-  *static_cast<std::size_t*>(raw) = size;
-  ++g_heap.allocations;
-  g_heap.allocated_bytes += size;
-  ++g_heap.live_allocations;
-  g_heap.live_bytes += static_cast<std::int64_t>(size);
-  return static_cast<char*>(raw) + kPrefix;
-}
-
-void CountedFree(void* pointer) {
-  if (pointer == nullptr) return;
-  void* raw = static_cast<char*>(pointer) - kPrefix;
-  --g_heap.live_allocations;
-  g_heap.live_bytes -= static_cast<std::int64_t>(*static_cast<std::size_t*>(raw));
-  std::free(raw);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (void* pointer = CountedAllocate(size)) return pointer;
-  throw std::bad_alloc();
-}
-void* operator new[](std::size_t size) {
-  if (void* pointer = CountedAllocate(size)) return pointer;
-  throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocate(size);
-}
-void operator delete(void* pointer) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer) noexcept { CountedFree(pointer); }
-void operator delete(void* pointer, std::size_t) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer, std::size_t) noexcept { CountedFree(pointer); }
-void operator delete(void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
-void operator delete[](void* pointer, const std::nothrow_t&) noexcept { CountedFree(pointer); }
+#include "bench/heap_counter.h"
 
 namespace {
 
@@ -79,6 +24,9 @@ using Orlo::BezierController;
 using Orlo::BezierKey;
 using Orlo::Point3Controller;
 using Orlo::Transform3Controller;
+using Orlo::bench::Heap;
+using Orlo::bench::HeapCounters;
+using Orlo::bench::HeapSince;
 
 // Gives each of the nine scalar controllers of position, rotation and scale `keys` keys,
 // ten ticks apart from time 0.
@@ -110,12 +58,9 @@ BENCHMARK(BM_GetMatrix3)->Arg(0)->Arg(10)->Arg(1000);
 void BM_DefaultTransformHeap(benchmark::State& state) {
   HeapCounters built;
   for (auto _ : state) {
-    const HeapCounters before = g_heap;
+    const HeapCounters before = Heap();
     auto* transform = new Transform3Controller(true);
-    built.allocations = g_heap.allocations - before.allocations;
-    built.allocated_bytes = g_heap.allocated_bytes - before.allocated_bytes;
-    built.live_allocations = g_heap.live_allocations - before.live_allocations;
-    built.live_bytes = g_heap.live_bytes - before.live_bytes;
+    built = HeapSince(before);
     transform->DeleteThisBlock(true);
     benchmark::ClobberMemory();
   }
