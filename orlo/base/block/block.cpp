@@ -47,12 +47,6 @@ std::vector<Block*>& AbandonedBlocks() {
 }
 int g_operation_depth = 0;
 
-void NoteOnce(std::vector<Block*>& list, Block* block) {
-  if (std::find(list.begin(), list.end(), block) == list.end()) list.push_back(block);
-}
-
-void NoteAbandoned(Block* block) { NoteOnce(AbandonedBlocks(), block); }
-
 // Blocks that lost a dependant but kept others while irregular links exist: the outermost
 // operation checks, when it ends, whether anything outside still owns them.
 std::vector<Block*>& CollectCandidates() {
@@ -60,9 +54,13 @@ std::vector<Block*>& CollectCandidates() {
   return candidates;
 }
 
-void NoteCollectCandidate(Block* block) { NoteOnce(CollectCandidates(), block); }
-
 }  // namespace
+
+void Block::NoteAbandoned(Block* block) {
+  if (block->m_noted_abandoned) return;
+  block->m_noted_abandoned = 1;
+  AbandonedBlocks().push_back(block);
+}
 
 namespace internal {
 
@@ -124,10 +122,12 @@ Block::~Block() {
   if (!internal::IrregularLinks::Empty()) ForgetIrregularLinks(this, nullptr);
   SetData(nullptr);
   DropListeners();
-  for (std::vector<Block*>* pending : {&AbandonedBlocks(), &CollectCandidates()}) {
-    if (!pending->empty())
-      pending->erase(std::remove(pending->begin(), pending->end(), this), pending->end());
-  }
+  // A block still waiting for the end of the operation leaves its list.
+  auto leave = [this](std::vector<Block*>& pending) {
+    pending.erase(std::remove(pending.begin(), pending.end(), this), pending.end());
+  };
+  if (m_noted_abandoned) leave(AbandonedBlocks());
+  if (m_noted_candidate) leave(CollectCandidates());
 }
 
 void* Block::GetData() const {
@@ -404,7 +404,9 @@ void Block::CollectIfUnowned() {
   // one of its own dependencies and released once keeps that dependency alive, which keeps it
   // alive in turn. Whether that is all that keeps them is decided once the outermost
   // operation is done, when no half-made link can change the answer.
-  NoteCollectCandidate(this);
+  if (m_noted_candidate) return;
+  m_noted_candidate = 1;
+  CollectCandidates().push_back(this);
 }
 
 bool Block::ReleaseIfUnowned(Block* block) {
@@ -534,11 +536,13 @@ Block::OperationScope::~OperationScope() {
     if (!abandoned.empty()) {
       Block* block = abandoned.back();
       abandoned.pop_back();
+      block->m_noted_abandoned = 0;
       if (block->m_dependants.empty()) ReleaseUnreferenced(block);
       continue;
     }
     Block* candidate = candidates.back();
     candidates.pop_back();
+    candidate->m_noted_candidate = 0;
     (void)ReleaseIfUnowned(candidate);
   }
   --g_operation_depth;

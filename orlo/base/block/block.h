@@ -47,7 +47,13 @@ class Block {
   // The number of a block that has none in the current scene.
   static constexpr std::uint32_t kNoID = 0xFFFFFFFFu;
 
-  Block() : m_quiet_stamp(0), m_send_events(1), m_has_listeners(0), m_has_data(0) {}
+  Block()
+      : m_quiet_stamp(0),
+        m_send_events(1),
+        m_has_listeners(0),
+        m_has_data(0),
+        m_noted_abandoned(0),
+        m_noted_candidate(0) {}
   // Copies every field as it stands, both lists included: a copy starts with the same
   // dependants and listeners as its source. Callers that clone blocks fix the relations.
   Block(const Block& other);
@@ -238,6 +244,9 @@ class Block {
   // Releases `block` and the blocks above it when no owner of the graph is among them; whether
   // it did.
   static bool ReleaseIfUnowned(Block* block);
+  // Adds `block` once to the blocks the outermost operation releases when it ends if they
+  // still have no dependant.
+  static void NoteAbandoned(Block* block);
   // Whether a block that `dependant` let go of, with that result, is released now.
   bool ShouldRelease(Block* dependant, Removal removal);
   // Whether `target` can be reached from `top` going down through the slots.
@@ -273,11 +282,15 @@ class Block {
   internal::DependantList m_dependants;
   // The last answer of IsQuiet in the low bit, and above it the generation of the graph's
   // observers it was given in; an answer of an older generation is computed again.
-  std::uint64_t m_quiet_stamp : 61;
+  std::uint64_t m_quiet_stamp : 59;
   std::uint64_t m_send_events : 1;
   // Whether the block has an entry among the listener lists / the host pointers.
   std::uint64_t m_has_listeners : 1;
   std::uint64_t m_has_data : 1;
+  // Whether the block waits in the list of abandoned blocks / of collect candidates that the
+  // outermost operation goes through when it ends.
+  std::uint64_t m_noted_abandoned : 1;
+  std::uint64_t m_noted_candidate : 1;
   std::uint32_t m_id = kNoID;
   int m_saved = 0;
 };

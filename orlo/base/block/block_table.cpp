@@ -94,7 +94,7 @@ void BlockTable::PushBack(Block* block) {
     Append(nullptr);
     if (!MakeDependencyByID(index, block).IsOk()) {
       SetDependency(index, block);
-      if (block != nullptr) internal::IrregularLinks::Add(this, block);
+      internal::IrregularLinks::Add(this, block);
     }
   }
   PostEvent(2, 0);

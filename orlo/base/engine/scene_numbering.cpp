@@ -11,6 +11,7 @@
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/internal/walk_path.h>
+#include <orlo/base/engine/internal/block_marking.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/scene/main_scene.h>
 #include <orlo/base/scene/node.h>
@@ -25,6 +26,29 @@ struct Frame {
   int next_slot;
 };
 
+// Walks every path down from `root`, which the caller has entered, in pre-order, never
+// entering a block that is on the current path. `enter(dependency)` is asked for each
+// non-null slot in turn and says whether the walk goes into that block.
+template <typename Enter>
+void WalkEveryPath(Block* root, Enter&& enter) {
+  internal::WalkPath path;
+  std::vector<Frame> stack;
+  path.Push(root);
+  stack.push_back({root, 0});
+  while (!stack.empty()) {
+    Frame& top = stack.back();
+    if (top.next_slot >= top.block->NumDependencies()) {
+      path.Pop();
+      stack.pop_back();
+      continue;
+    }
+    Block* dependency = top.block->GetDependency(top.next_slot++);
+    if (dependency == nullptr || path.Contains(dependency) || !enter(dependency)) continue;
+    path.Push(dependency);
+    stack.push_back({dependency, 0});
+  }
+}
+
 }  // namespace
 
 void SceneEngine::InitBlocks(Block* block) {
@@ -34,36 +58,9 @@ void SceneEngine::InitBlocks(Block* block) {
   // would matter in a scene: each node's transform links its parent's transform, so on a
   // chain of nodes a per-path walk is quadratic in the depth.
   //
-  // The walk marks a block as seen by storing in its m_id its index in `seen`; a block is
-  // seen exactly when seen[m_id] is the block itself, whatever number it had before. Once
-  // the walk is over every seen block is reset.
-  std::vector<Block*> seen;
-  std::vector<Frame> stack;
-  auto is_seen = [&seen](const Block* candidate) {
-    const std::uint32_t id = candidate->GetID();
-    return id < seen.size() && seen[id] == candidate;
-  };
-  auto mark_seen = [&seen](Block* candidate) {
-    candidate->SetID(static_cast<std::uint32_t>(seen.size()));
-    seen.push_back(candidate);
-  };
-  mark_seen(block);
-  stack.push_back({block, 0});
-  while (!stack.empty()) {
-    Frame& top = stack.back();
-    if (top.next_slot >= top.block->NumDependencies()) {
-      stack.pop_back();
-      continue;
-    }
-    Block* dependency = top.block->GetDependency(top.next_slot++);
-    if (dependency == nullptr || is_seen(dependency)) continue;
-    mark_seen(dependency);
-    stack.push_back({dependency, 0});
-  }
-  for (Block* reached : seen) {
-    reached->SetID(Block::kNoID);
-    reached->SetSaved(0);
-  }
+  // Marking a block with its position in the walk is what lets the walk tell it was reached;
+  // once the walk is over every reached block is reset.
+  for (Block* reached : internal::MarkReachableInPreOrder(block)) reached->SetID(Block::kNoID);
 }
 
 void SceneEngine::SetBlockIDs() {
@@ -114,49 +111,23 @@ void SceneEngine::EnumBlock(Block* block, int& /*counter*/, std::vector<Block*>&
   // Kept as is: the walk neither numbers nor marks what it lists, so a block reached by
   // several paths is listed once per path. Hosts count a block's uses this way.
   if (block == nullptr || block->GetID() != Block::kNoID) return;
-  internal::WalkPath path;
-  std::vector<Frame> stack;
   out.push_back(block);
-  path.Push(block);
-  stack.push_back({block, 0});
-  while (!stack.empty()) {
-    Frame& top = stack.back();
-    if (top.next_slot >= top.block->NumDependencies()) {
-      path.Pop();
-      stack.pop_back();
-      continue;
-    }
-    Block* dependency = top.block->GetDependency(top.next_slot++);
-    if (dependency == nullptr || dependency->GetID() != Block::kNoID) continue;
-    if (path.Contains(dependency)) continue;
+  WalkEveryPath(block, [&out](Block* dependency) {
+    if (dependency->GetID() != Block::kNoID) return false;
     out.push_back(dependency);
-    path.Push(dependency);
-    stack.push_back({dependency, 0});
-  }
+    return true;
+  });
 }
 
 void SceneEngine::CallPostLoad(Block* block) {
   if (block == nullptr) return;
   // Kept as is: a shared block gets PostLoad once per path, as blocks written for this
   // library expect. The slot count is read again at every step (a PostLoad may add slots).
-  internal::WalkPath path;
-  std::vector<Frame> stack;
   block->PostLoad();
-  path.Push(block);
-  stack.push_back({block, 0});
-  while (!stack.empty()) {
-    Frame& top = stack.back();
-    if (top.next_slot >= top.block->NumDependencies()) {
-      path.Pop();
-      stack.pop_back();
-      continue;
-    }
-    Block* dependency = top.block->GetDependency(top.next_slot++);
-    if (dependency == nullptr || path.Contains(dependency)) continue;
+  WalkEveryPath(block, [](Block* dependency) {
     dependency->PostLoad();
-    path.Push(dependency);
-    stack.push_back({dependency, 0});
-  }
+    return true;
+  });
 }
 
 void SceneEngine::GetAllSceneNodes(std::vector<Node*>& out) {

@@ -14,6 +14,7 @@
 #include <boost/filesystem/path.hpp>
 
 #include <orlo/base/block/block.h>
+#include <orlo/base/engine/internal/block_marking.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/scene/main_scene.h>
 #include <orlo/support/bitmap_manager.h>
@@ -47,35 +48,7 @@ bool WriteBlockRecord(Block* block, SceneSave* save) {
 // the blocks in the pre-order, with the first-visit rule, in which SetBlockIDs then numbers
 // them, so the marks are the numbers: only the saved marks remain to be reset.
 int NumberForSaving(Block* root) {
-  struct Frame {
-    Block* block;
-    int next_slot;
-  };
-  std::vector<Block*> numbered;
-  std::vector<Frame> stack;
-  auto is_numbered = [&numbered](const Block* block) {
-    const std::uint32_t id = block->GetID();
-    return id < numbered.size() && numbered[id] == block;
-  };
-  auto number = [&numbered](Block* block) {
-    block->SetID(static_cast<std::uint32_t>(numbered.size()));
-    block->SetSaved(0);
-    numbered.push_back(block);
-  };
-  number(root);
-  stack.push_back({root, 0});
-  while (!stack.empty()) {
-    Frame& top = stack.back();
-    if (top.next_slot >= top.block->NumDependencies()) {
-      stack.pop_back();
-      continue;
-    }
-    Block* dependency = top.block->GetDependency(top.next_slot++);
-    if (dependency == nullptr || is_numbered(dependency)) continue;
-    number(dependency);
-    stack.push_back({dependency, 0});
-  }
-  return static_cast<int>(numbered.size());
+  return static_cast<int>(internal::MarkReachableInPreOrder(root).size());
 }
 
 }  // namespace

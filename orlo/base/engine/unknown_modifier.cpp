@@ -28,11 +28,6 @@ int UnknownModifier::Load(SceneLoad* /*load*/) { return 0; }
 
 void UnknownModifier::DeleteThis() { delete this; }
 
-void UnknownModifier::ProcessEvent(BlockEvent event) {
-  event.block = this;
-  PostEvent(event);
-}
-
 ObjectModifier* UnknownModifier::GetNewObjectModifier() { return new UnknownObjectModifier(false); }
 
 void UnknownModifier::GetTimeInterval(TimeInterval& /*interval*/) {}

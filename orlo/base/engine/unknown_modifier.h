@@ -40,9 +40,6 @@ class UnknownModifier : public Modifier {
   int Save(SceneSave* save) override;
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
-  // Stamps itself as the sender and posts the event on.
-  void ProcessEvent(BlockEvent event) override;
-  using Block::ProcessEvent;
 
   // ---- Modifier ----
 

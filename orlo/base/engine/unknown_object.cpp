@@ -26,11 +26,6 @@ int UnknownObject::Load(SceneLoad* /*load*/) { return 0; }
 
 void UnknownObject::DeleteThis() { delete this; }
 
-void UnknownObject::ProcessEvent(BlockEvent event) {
-  event.block = this;
-  PostEvent(event);
-}
-
 int UnknownObject::Flags() { return kFlags; }
 
 }  // namespace Orlo

@@ -41,9 +41,6 @@ class UnknownObject : public Object {
   int Save(SceneSave* save) override;
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
-  // Stamps itself as the sender and posts the event on.
-  void ProcessEvent(BlockEvent event) override;
-  using Block::ProcessEvent;
 
   // ---- Object ----
 

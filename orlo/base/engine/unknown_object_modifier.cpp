@@ -32,11 +32,6 @@ int UnknownObjectModifier::Load(SceneLoad* /*load*/) { return 0; }
 
 void UnknownObjectModifier::DeleteThis() { delete this; }
 
-void UnknownObjectModifier::ProcessEvent(BlockEvent event) {
-  event.block = this;
-  PostEvent(event);
-}
-
 Object* UnknownObjectModifier::UnapplyModifier(int /*time*/, Object* /*object*/, Node* /*node*/) {
   return nullptr;
 }

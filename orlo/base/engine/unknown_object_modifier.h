@@ -36,9 +36,6 @@ class UnknownObjectModifier : public ObjectModifier {
   int Save(SceneSave* save) override;
   int Load(SceneLoad* load) override;
   void DeleteThis() override;
-  // Stamps itself as the sender and posts the event on.
-  void ProcessEvent(BlockEvent event) override;
-  using Block::ProcessEvent;
 
   // ---- The stack ----
 
