@@ -378,7 +378,9 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
   // the same slot survives the release of that slot, and existing scenes rely on it.
   // Stepping over can also take more entries than the dependant lets go of (three slots
   // holding one block would lose two entries at the first release), so the walk never leaves
-  // fewer entries than the dependant's other slots still holding this block.
+  // fewer entries than the dependant's other slots still holding this block. That also covers
+  // a slot that never had an entry (an unlinked table entry): releasing it takes none of the
+  // entries that the linked slots still need.
   std::vector<std::size_t> taken;
   std::size_t matching = 0;
   for (std::size_t i = 0; i < m_dependants.size(); ++i) {
@@ -387,10 +389,14 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
     if (taken.empty() || taken.back() + 1 != i) taken.push_back(i);
   }
   if (taken.empty()) return m_dependants.empty() ? Removal::kNeverHeld : Removal::kStillHeld;
-  if (taken.size() > 1) {
+  // A regular pair has one entry per slot, so taking one entry is right; only the slots of an
+  // irregular pair or a walk that would take several entries need counting.
+  const bool irregular =
+      !internal::IrregularLinks::Empty() && internal::IrregularLinks::Contains(dependant, this);
+  if (taken.size() > 1 || irregular) {
     const std::size_t still_held =
         static_cast<std::size_t>(std::max(CountSlotsHolding(dependant, this) - 1, 0));
-    const std::size_t may_take = matching > still_held ? matching - still_held : 1;
+    const std::size_t may_take = matching > still_held ? matching - still_held : 0;
     if (taken.size() > may_take) taken.resize(may_take);
   }
   for (std::size_t i = taken.size(); i > 0; --i) {

@@ -28,6 +28,14 @@ std::string Hex(const std::vector<std::uint8_t>& bytes) {
   return out;
 }
 
+std::vector<std::uint8_t> FromHex(const std::string& hex) {
+  std::vector<std::uint8_t> bytes;
+  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+    bytes.push_back(static_cast<std::uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+  }
+  return bytes;
+}
+
 TEST(BlockGraphFuzzTest, RandomOperationSequencesKeepTheGraphWholeAndLeaveNothingBehind) {
   std::mt19937 random(kSeed);
   testing::BlockGraphOps ops;
@@ -41,6 +49,22 @@ TEST(BlockGraphFuzzTest, RandomOperationSequencesKeepTheGraphWholeAndLeaveNothin
   // Every operation was carried out, often: a harness that skipped one would test nothing.
   for (int op = 0; op < testing::BlockGraphOps::kNumOps; ++op) {
     EXPECT_GE(ops.OpsRun()[static_cast<std::size_t>(op)], 1000) << "operation " << op;
+  }
+}
+
+// Inputs that once broke a check, kept so that the fix stays in place.
+TEST(BlockGraphFuzzTest, InputsThatOnceFailedPass) {
+  const char* const inputs[] = {
+      // Replacing a table entry left unlinked by a refused PushBack took a back reference
+      // that one of the table's linked entries of the same block still needed.
+      "0104a60ea60eb240a600ff01a60000002ea60ea60eb240b2002b40a600026200a69f7107000000a6"
+      "a63b4100a0a0a0a0a0a0a0030303a0a000000000a0a0a0a00000a0a0a0a0a0a0a0030303a0a66200"
+      "a6a6419fa6a6",
+  };
+  testing::BlockGraphOps ops;
+  for (const char* hex : inputs) {
+    const std::vector<std::uint8_t> bytes = FromHex(hex);
+    EXPECT_EQ(ops.Run(bytes.data(), bytes.size()), "") << "bytes " << hex;
   }
 }
 

@@ -493,5 +493,34 @@ TEST_F(BlockGraphSafetyTest, RefusedPushBackDoesNotOwnItsBlockAndIsNulledWhenItG
   EXPECT_EQ(table->GetBlock(0), nullptr);
 }
 
+TEST_F(BlockGraphSafetyTest, ReplacingAnUnlinkedEntryLeavesTheLinkedEntriesTheirReferences) {
+  // `lower` holds `inner`, whose entry for the table stays unlinked (the table reaches it);
+  // through that entry `lower` reaches the table, so the table's third PushBack of `lower` is
+  // refused too. Replacing that unlinked entry must not take a reference that one of the two
+  // linked entries still needs: `lower` lives until the last linked entry goes.
+  auto* table = new BlockTable(true);
+  Holder holder(table);
+  auto* lower = new BlockTable(true);
+  auto* inner = new BlockTable(true);
+  lower->PushBack(NewBlock("leaf"));
+  lower->PushBack(inner);
+  table->PushBack(lower);
+  table->PushBack(lower);
+  inner->PushBack(table);
+  ASSERT_EQ(EntriesOf(table, inner), 0);
+  table->PushBack(lower);
+  ASSERT_EQ(table->GetNumBlocks(), 3u);
+  ASSERT_EQ(EntriesOf(lower, table), 2);
+
+  ASSERT_TRUE(table->SetBlock(2, NewBlock("other")).IsOk());
+  EXPECT_EQ(EntriesOf(lower, table), 2);
+  table->Erase(0);
+  EXPECT_EQ(Deletions(journal, "leaf"), 0);
+  EXPECT_EQ(EntriesOf(lower, table), 1);
+  table->Erase(0);
+  EXPECT_EQ(Deletions(journal, "leaf"), 1);
+  EXPECT_EQ(Deletions(journal, "other"), 0);
+}
+
 }  // namespace
 }  // namespace Orlo
