@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <orlo/base/block/block_table.h>
+#include <orlo/base/block/internal/block_watch.h>
 #include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/internal/node_walk.h>
@@ -22,6 +23,31 @@ namespace {
 void ReleaseIfUnlinked(Block* copy) {
   if (copy != nullptr && copy->GetParentBlock() == nullptr) copy->DeleteThisBlock(true);
 }
+
+// Nulls the entries of a list of nodes whose nodes are destroyed while it lives; the other
+// entries stay as they are.
+class DestroyedEntriesNulled {
+ public:
+  explicit DestroyedEntriesNulled(std::vector<Node*>& nodes)
+      : m_nodes(nodes), m_watched(nodes.begin(), nodes.end()) {
+    for (Block*& entry : m_watched) internal::BlockWatch::Watch(&entry);
+  }
+  DestroyedEntriesNulled(const DestroyedEntriesNulled&) = delete;
+  DestroyedEntriesNulled& operator=(const DestroyedEntriesNulled&) = delete;
+  ~DestroyedEntriesNulled() {
+    for (std::size_t i = 0; i < m_watched.size(); ++i) {
+      if (m_watched[i] == nullptr) {
+        if (i < m_nodes.size()) m_nodes[i] = nullptr;
+      } else {
+        internal::BlockWatch::Unwatch(&m_watched[i]);
+      }
+    }
+  }
+
+ private:
+  std::vector<Node*>& m_nodes;
+  std::vector<Block*> m_watched;  // never resized while watched
+};
 
 // A new node with its parameter table, children table and transform, named `name` (a null
 // name reads as "").
@@ -111,6 +137,10 @@ void SceneEngine::SetParentPointer(Node* node) {
 
 bool SceneEngine::DeleteNode(Node* node) {
   if (node == nullptr || !DoesNodeExistsInScene(node)) return false;
+  // Deleting a node leaves the selection alone: its entries keep their count and places, as
+  // hosts that index the selection expect. A selected node that the deletion destroys would
+  // be left there dangling, though: its entry becomes null, which the selection skips.
+  DestroyedEntriesNulled selection(m_selected_nodes);
   // The table keeps the node referenced while it is detached from its parent, so that the
   // removal does not release it before it is deleted explicitly below.
   auto* keeper = new BlockTable(true);

@@ -293,6 +293,27 @@ TEST_F(NodeEditingTest, DeleteNodeRemovesTheNodeAndItsDescendants) {
   EXPECT_EQ(engine.GetNodeByName("a1"), nullptr);
 }
 
+TEST_F(NodeEditingTest, DeleteNodeNullsTheSelectionEntriesOfTheNodesItDestroys) {
+  Node* a = AddNode("a");
+  Node* b = AddNode("b");
+  Node* a1 = AddNode("a1", a);
+  std::vector<Node*> selected{a1, b, a};
+  engine.SelectNodes(selected, 0);
+  ASSERT_TRUE(engine.DeleteNode(a));
+  // The entries keep their count and places; the destroyed nodes' entries are null.
+  ASSERT_EQ(engine.GetNumSelectedNodes(), 3u);
+  EXPECT_EQ(engine.GetSelectedNode(0), nullptr);
+  EXPECT_EQ(engine.GetSelectedNode(1), b);
+  EXPECT_EQ(engine.GetSelectedNode(2), nullptr);
+  EXPECT_TRUE(b->IsSelected());
+  // Selecting again clears the flags of the entries, skipping the null ones; removing b drops
+  // the null entries with it.
+  std::vector<Node*> remove{b};
+  engine.SelectNodes(remove, 2);
+  EXPECT_EQ(engine.GetNumSelectedNodes(), 0u);
+  EXPECT_FALSE(b->IsSelected());
+}
+
 TEST_F(NodeEditingTest, DeleteNodeOfADeepNodeDetachesItFromItsOwnParent) {
   Node* a = AddNode("a");
   Node* b = AddNode("b", a);
