@@ -84,8 +84,36 @@ std::unordered_map<const Block*, std::uint64_t> CountPathsFromRoot(const Block* 
   return by_block;
 }
 
-PathTotals CountPathTotals(const Block* root) {
-  assert(root != nullptr);
+namespace {
+
+// Numbers blocks in the order a walk first meets them, through a hash index.
+class IndexNumbering {
+ public:
+  std::uint32_t Number(const Block* block, bool& added) { return m_index.Insert(block, added); }
+
+ private:
+  internal::BlockIndex m_index;
+};
+
+// Takes each block's number from its id, which every block below the root carries distinct and
+// below `count`.
+class IdNumbering {
+ public:
+  explicit IdNumbering(std::size_t count) : m_met(count, false) {}
+  std::uint32_t Number(const Block* block, bool& added) {
+    const std::uint32_t id = block->GetID();
+    assert(id < m_met.size() && "a block below the root has no number of the walk");
+    added = !m_met[id];
+    m_met[id] = true;
+    return id;
+  }
+
+ private:
+  std::vector<bool> m_met;
+};
+
+template <typename Numbering>
+PathTotals SumPathsFrom(const Block* root, Numbering& numbering) {
   // The paths from root are the paths that start at root. The paths that start at a block are
   // the block alone and, for each slot, those that start at the block in it; they are summed
   // as the walk leaves each block, when every block below it is done. A slot holding a block
@@ -95,32 +123,51 @@ PathTotals CountPathTotals(const Block* root) {
     Frame frame;
     std::uint64_t paths;
   };
-  internal::BlockIndex index;
   std::vector<std::uint64_t> paths_from;  // by number; 0 while the block is on the path
+  auto at = [&paths_from](std::uint32_t number) -> std::uint64_t& {
+    if (number >= paths_from.size()) paths_from.resize(number + std::size_t{1}, 0);
+    return paths_from[number];
+  };
+  std::uint64_t blocks = 1;
   bool added = false;
-  index.Insert(root, added);
-  paths_from.push_back(0);
-  std::vector<Step> stack{{{root, 0, root->NumDependencies(), 0}, 1}};
+  const std::uint32_t root_number = numbering.Number(root, added);
+  at(root_number) = 0;
+  std::vector<Step> stack{{{root, root_number, root->NumDependencies(), 0}, 1}};
   while (!stack.empty()) {
     Step& top = stack.back();
     if (top.frame.next_slot >= top.frame.num_slots) {
       const std::uint64_t paths = top.paths;
-      paths_from[top.frame.number] = paths;
+      at(top.frame.number) = paths;
       stack.pop_back();
       if (!stack.empty()) stack.back().paths = internal::SaturatingAdd(stack.back().paths, paths);
       continue;
     }
     const Block* dependency = top.frame.block->GetDependency(top.frame.next_slot++);
     if (dependency == nullptr) continue;
-    const std::uint32_t number = index.Insert(dependency, added);
+    const std::uint32_t number = numbering.Number(dependency, added);
     if (added) {
-      paths_from.push_back(0);
+      ++blocks;
+      at(number) = 0;
       stack.push_back({{dependency, number, dependency->NumDependencies(), 0}, 1});
-    } else if (paths_from[number] != 0) {
-      top.paths = internal::SaturatingAdd(top.paths, paths_from[number]);
+    } else if (const std::uint64_t below = at(number); below != 0) {
+      top.paths = internal::SaturatingAdd(top.paths, below);
     }
   }
-  return {static_cast<std::uint64_t>(index.Size()), paths_from[0]};
+  return {blocks, at(root_number)};
+}
+
+}  // namespace
+
+PathTotals CountPathTotals(const Block* root) {
+  assert(root != nullptr);
+  IndexNumbering numbering;
+  return SumPathsFrom(root, numbering);
+}
+
+PathTotals CountPathTotalsOfNumbered(const Block* root, std::size_t count) {
+  assert(root != nullptr);
+  IdNumbering numbering(count);
+  return SumPathsFrom(root, numbering);
 }
 
 std::uint64_t CountPerPathVisits(const Block* root) { return CountPathTotals(root).visits; }

@@ -9,6 +9,7 @@
 // counts are exact.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <unordered_map>
@@ -32,6 +33,10 @@ struct PathTotals {
   std::uint64_t visits;
 };
 PathTotals CountPathTotals(const Block* root);
+// The same, for a graph whose blocks are numbered already: every block reachable from `root`
+// has an id below `count`, no two the same (as numbering the scene leaves them). Spares the
+// walk its own index of the blocks. Requires: root is not null.
+PathTotals CountPathTotalsOfNumbered(const Block* root, std::size_t count);
 
 // The number of visits a walk makes that enters every block once per path from `root`, `root`
 // included: the sum of CountPathsFromRoot. Requires: root is not null.

@@ -27,6 +27,7 @@
 #include <orlo/base/block/internal/block_index.h>
 #include <orlo/base/block/internal/saturating.h>
 #include <orlo/base/block/internal/visited_set.h>
+#include <orlo/base/engine/internal/block_marking.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/engine/unknown_modifier.h>
 #include <orlo/base/engine/unknown_object.h>
@@ -350,7 +351,10 @@ Status SceneEngine::LoadScene(const char* path) {
   // A walk that enters every block once per path would make this many visits. The passes
   // below fall back to one visit per block well before that matters, but the host's own
   // per-path walks of the scene would not: a graph past the bound is refused.
-  const PathTotals totals = CountPathTotals(main_scene);
+  // The scene is numbered as InitBlocks will number it, so that the count needs no index of
+  // its own; a refused file's numbers go with its blocks.
+  const std::size_t num_reached = internal::MarkReachableInPreOrder(main_scene).size();
+  const PathTotals totals = CountPathTotalsOfNumbered(main_scene, num_reached);
   const std::uint64_t visits = totals.visits;
   if (visits > kMaxLoadPathVisits) {
     status.Set(Status::kFailed,
