@@ -141,6 +141,21 @@ Bytes ReadFile(const std::string& path) {
   return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// Opens the next record and, past its info chunk, its data chunk, which starts with the marker
+// a failing Save writes.
+void OpenFailedRecordData(SceneLoad& load) {
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  ASSERT_EQ(load.CurChunkID(), 0x15u);
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  ASSERT_EQ(load.CurChunkID(), 0x05u);
+  load.CloseChunk();
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  ASSERT_EQ(load.CurChunkID(), 0x20u);
+  std::uint32_t marker = 0;
+  load.ReadUInt32(marker);
+  EXPECT_EQ(marker, 0xBADu);
+}
+
 class EngineSaveTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -406,16 +421,7 @@ TEST_F(EngineSaveTest, AFailingBlockIsNotReportedAndLeavesItsChunksOpen) {
     EXPECT_EQ(record.id, k);
     load.CloseChunk();
   }
-  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  ASSERT_EQ(load.CurChunkID(), 0x15u);
-  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  ASSERT_EQ(load.CurChunkID(), 0x05u);
-  load.CloseChunk();
-  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  ASSERT_EQ(load.CurChunkID(), 0x20u);
-  std::uint32_t marker = 0;
-  load.ReadUInt32(marker);
-  EXPECT_EQ(marker, 0xBADu);
+  ASSERT_NO_FATAL_FAILURE(OpenFailedRecordData(load));
   // Next inside the open data chunk: the record of the block numbered after the failing one.
   ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
   ASSERT_EQ(load.CurChunkID(), 0x15u);
@@ -474,15 +480,7 @@ TEST_F(EngineSaveTest, AMainSceneWhoseSaveFailsIsReportedAndNothingIsRolledBack)
   ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);  // scene
   ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);  // header
   load.CloseChunk();
-  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  EXPECT_EQ(load.CurChunkID(), 0x15u);
-  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);  // info
-  load.CloseChunk();
-  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
-  EXPECT_EQ(load.CurChunkID(), 0x20u);
-  std::uint32_t marker = 0;
-  load.ReadUInt32(marker);
-  EXPECT_EQ(marker, 0xBADu);
+  ASSERT_NO_FATAL_FAILURE(OpenFailedRecordData(load));
   EXPECT_EQ(load.OpenChunk(), SceneLoad::kEndOfChunk);
   EXPECT_FALSE(load.HasError()) << load.GetStatus().GetMessage();
 }
