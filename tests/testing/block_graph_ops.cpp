@@ -375,8 +375,12 @@ class Session {
       case BlockGraphOps::kClone: {
         FuzzTable* table = PickTable();
         if (table == nullptr) return false;
+        // A clone copies shared entries once per path, so its size can grow with each clone of
+        // a clone; one larger than allowed is skipped, whatever the pool holds.
         const std::size_t size = CloneSize(table);
-        if (m_tracker.Live().size() + size > kMaxLive + kMaxCloneSize) return false;
+        if (size > kMaxCloneSize || m_tracker.Live().size() + size > kMaxLive + kMaxCloneSize) {
+          return false;
+        }
         Block* copy = table->Clone();
         if (copy == nullptr) {
           m_tracker.Fail("Clone returned null");

@@ -24,6 +24,15 @@ inline constexpr std::uint64_t kMaxPathCount = std::numeric_limits<std::uint64_t
 // `root` down to it; `root` itself counts one. Requires: root is not null.
 std::unordered_map<const Block*, std::uint64_t> CountPathsFromRoot(const Block* root);
 
+// The blocks reachable from `root` (`root` included) and the visits a walk makes that enters
+// every block once per path from `root`: the size and the sum of CountPathsFromRoot, found in
+// one walk without building the map. Requires: root is not null.
+struct PathTotals {
+  std::uint64_t blocks;
+  std::uint64_t visits;
+};
+PathTotals CountPathTotals(const Block* root);
+
 // The number of visits a walk makes that enters every block once per path from `root`, `root`
 // included: the sum of CountPathsFromRoot. Requires: root is not null.
 std::uint64_t CountPerPathVisits(const Block* root);

@@ -423,6 +423,9 @@ class SceneEngine {
 
   // Frees the blocks of the current load records and forgets them: the load failed.
   void FreeLoadedBlocks();
+  // The walk of UpdateDataTables(block), refreshing each block once per path or, when
+  // `once_per_path` is false, once at its first visit.
+  void RefreshDataTables(Block* block, bool once_per_path);
 };
 
 }  // namespace Orlo

@@ -15,8 +15,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -26,7 +24,9 @@
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/block/block_paths.h>
+#include <orlo/base/block/internal/block_index.h>
 #include <orlo/base/block/internal/saturating.h>
+#include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/engine/unknown_modifier.h>
 #include <orlo/base/engine/unknown_object.h>
@@ -129,39 +129,49 @@ bool LinksFormCycle(const std::vector<std::unique_ptr<BlockLoadData>>& records,
 std::uint64_t CountNodeWalkVisits(Node* top) {
   struct Frame {
     Node* node;
+    std::uint32_t number;
     int next_child;
   };
-  std::unordered_map<Node*, std::size_t> order;  // position in `post_order`; absent: unseen
-  std::unordered_set<Node*> on_path;
-  std::vector<Node*> post_order;
-  std::vector<Frame> stack{{top, 0}};
-  on_path.insert(top);
+  // Nodes are numbered as the walk first meets them; `position` is each one's place in
+  // `post_order`, kUnfinished while it is on the walk's path.
+  constexpr std::size_t kUnfinished = static_cast<std::size_t>(-1);
+  internal::BlockIndex index;
+  std::vector<Node*> nodes{top};
+  std::vector<std::size_t> position{kUnfinished};
+  std::vector<std::uint32_t> post_order;
+  bool added = false;
+  index.Insert(top, added);
+  std::vector<Frame> stack{{top, 0, 0}};
   while (!stack.empty()) {
     Frame& frame = stack.back();
     if (frame.next_child >= frame.node->GetNumChildren()) {
-      on_path.erase(frame.node);
-      order.emplace(frame.node, post_order.size());
-      post_order.push_back(frame.node);
+      position[frame.number] = post_order.size();
+      post_order.push_back(frame.number);
       stack.pop_back();
       continue;
     }
     Node* child = frame.node->GetChild(frame.next_child++);
-    if (child == nullptr || on_path.count(child) != 0 || order.count(child) != 0) continue;
-    on_path.insert(child);
-    stack.push_back({child, 0});
+    if (child == nullptr) continue;
+    const std::uint32_t number = index.Insert(child, added);
+    if (!added) continue;
+    nodes.push_back(child);
+    position.push_back(kUnfinished);
+    stack.push_back({child, number, 0});
   }
-  std::unordered_map<Node*, std::uint64_t> paths{{top, 1}};
+  std::vector<std::uint64_t> paths(nodes.size(), 0);
+  paths[0] = 1;
   std::uint64_t visits = 0;
   for (auto it = post_order.rbegin(); it != post_order.rend(); ++it) {
-    Node* node = *it;
-    const std::uint64_t reaching = paths[node];
+    Node* node = nodes[*it];
+    const std::uint64_t reaching = paths[*it];
     if (node != top) visits = internal::SaturatingAdd(visits, reaching);
-    const std::size_t position = order[node];
     for (int i = 0; i < node->GetNumChildren(); ++i) {
       Node* child = node->GetChild(i);
+      if (child == nullptr) continue;
       // A child earlier in post-order than its parent is below it; a later one closes a cycle.
-      if (child == nullptr || order[child] >= position) continue;
-      paths[child] = internal::SaturatingAdd(paths[child], reaching);
+      const std::uint32_t number = index.Find(child);
+      if (position[number] >= position[*it]) continue;
+      paths[number] = internal::SaturatingAdd(paths[number], reaching);
     }
   }
   return visits;
@@ -181,7 +191,7 @@ class EventMute {
   void Add(Block* block) {
     if (block == nullptr || !block->GetSendEvents()) return;
     block->SetSendEvents(false);
-    m_muted.insert(block);
+    m_muted.push_back(block);
   }
   // Lets every silenced block post again. Requires: none of them was destroyed.
   void RestoreAll() {
@@ -191,22 +201,29 @@ class EventMute {
   // Lets the silenced blocks still reachable from `root` post again; the others may have been
   // released meanwhile and are not touched.
   void RestoreReachable(Block* root) {
-    std::unordered_set<Block*> seen{root};
+    internal::VisitedSet is_muted;
+    for (Block* block : m_muted) is_muted.Insert(block);  // not read: some may be gone
+    internal::VisitedSet seen;
+    seen.Insert(root);
     std::vector<Block*> stack{root};
-    while (!stack.empty() && !m_muted.empty()) {
+    std::size_t restored = 0;
+    while (!stack.empty() && restored < m_muted.size()) {
       Block* block = stack.back();
       stack.pop_back();
-      if (m_muted.erase(block) != 0) block->SetSendEvents(true);
+      if (is_muted.Contains(block)) {
+        block->SetSendEvents(true);
+        ++restored;
+      }
       for (int i = 0; i < block->NumDependencies(); ++i) {
         Block* dependency = block->GetDependency(i);
-        if (dependency != nullptr && seen.insert(dependency).second) stack.push_back(dependency);
+        if (dependency != nullptr && seen.Insert(dependency)) stack.push_back(dependency);
       }
     }
     m_muted.clear();
   }
 
  private:
-  std::unordered_set<Block*> m_muted;
+  std::vector<Block*> m_muted;  // each once: a block is silenced only while it posts
 };
 
 // PostLoad on `root` and every block below it, once each, at its first visit in pre-order.
@@ -215,10 +232,10 @@ void PostLoadOncePerBlock(Block* root) {
     Block* block;
     int next_slot;
   };
-  std::unordered_set<Block*> visited;
+  internal::VisitedSet visited;
   std::vector<Frame> stack;
   root->PostLoad();
-  visited.insert(root);
+  visited.Insert(root);
   stack.push_back({root, 0});
   while (!stack.empty()) {
     Frame& top = stack.back();
@@ -227,7 +244,7 @@ void PostLoadOncePerBlock(Block* root) {
       continue;
     }
     Block* dependency = top.block->GetDependency(top.next_slot++);
-    if (dependency == nullptr || !visited.insert(dependency).second) continue;
+    if (dependency == nullptr || !visited.Insert(dependency)) continue;
     dependency->PostLoad();
     stack.push_back({dependency, 0});
   }
@@ -333,7 +350,8 @@ Status SceneEngine::LoadScene(const char* path) {
   // A walk that enters every block once per path would make this many visits. The passes
   // below fall back to one visit per block well before that matters, but the host's own
   // per-path walks of the scene would not: a graph past the bound is refused.
-  const std::uint64_t visits = CountPerPathVisits(main_scene);
+  const PathTotals totals = CountPathTotals(main_scene);
+  const std::uint64_t visits = totals.visits;
   if (visits > kMaxLoadPathVisits) {
     status.Set(Status::kFailed,
                "SceneEngine::LoadScene : The scene's blocks are shared along "
@@ -379,9 +397,15 @@ Status SceneEngine::LoadScene(const char* path) {
   SetBlockIDs();
   SetParentPointer(GetMainNode());
 
+  // Each part of the scene is refreshed as UpdateDataTables would, once per path unless the
+  // paths outnumber the blocks; the whole scene's counts decide for every part (a refresh
+  // repeats without effect, so the tables end the same either way), sparing a count per part.
   m_main_scene->UpdateDataTable(false);
+  const bool once_per_path = totals.visits / kMaxLoadVisitsPerBlock <= totals.blocks;
   for (int i = 0; i < m_main_scene->NumDependencies(); ++i) {
-    if (Block* dependency = m_main_scene->GetDependency(i)) UpdateDataTables(dependency);
+    if (Block* dependency = m_main_scene->GetDependency(i)) {
+      RefreshDataTables(dependency, once_per_path);
+    }
   }
   const std::uint64_t num_blocks = static_cast<std::uint64_t>(m_num_blocks > 0 ? m_num_blocks : 1);
   if (visits <= kMaxLoadVisitsPerBlock * num_blocks) {
@@ -533,10 +557,10 @@ void SceneEngine::FreeLoadedBlocks() {
   // every block hangs below one that nothing links to: releasing those frees them all. They
   // are gathered first, as each release may free blocks further down the list.
   std::vector<Block*> tops;
-  std::unordered_set<Block*> seen;
+  internal::VisitedSet seen;
   for (const auto& record : m_block_load_data) {
     if (record == nullptr || record->block == nullptr) continue;
-    if (!seen.insert(record->block).second) continue;
+    if (!seen.Insert(record->block)) continue;
     std::vector<Block*> dependants;
     record->block->GetDependants(dependants);
     if (dependants.empty()) tops.push_back(record->block);

@@ -7,7 +7,6 @@
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_paths.h>
 #include <orlo/base/block/block_table.h>
-#include <orlo/base/block/internal/saturating.h>
 #include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/controllers/matrix3_controller.h>
@@ -149,11 +148,11 @@ void SceneEngine::UpdateDataTables(Block* block) {
   // refreshed once instead, at its first visit in the same pre-order; a refresh repeats
   // without effect (an id the table holds already keeps its value), so the tables end the
   // same either way.
-  const std::unordered_map<const Block*, std::uint64_t> paths = CountPathsFromRoot(block);
-  std::uint64_t visits = 0;
-  for (const auto& entry : paths) visits = internal::SaturatingAdd(visits, entry.second);
-  const bool once_per_path = visits / kMaxVisitsPerBlock <= paths.size();
+  const PathTotals totals = CountPathTotals(block);
+  RefreshDataTables(block, totals.visits / kMaxVisitsPerBlock <= totals.blocks);
+}
 
+void SceneEngine::RefreshDataTables(Block* block, bool once_per_path) {
   struct Frame {
     Block* block;
     int num_slots;  // read before the block's own refresh, as the walk has always done

@@ -1,5 +1,8 @@
 #include <orlo/base/block/block_paths.h>
 
+#include <random>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include <orlo/base/block/block_table.h>
@@ -36,6 +39,9 @@ TEST(BlockPathsTest, CountsThePathsToEveryBlockOfADiamond) {
   EXPECT_EQ(paths.at(d), 3u);
   EXPECT_EQ(CountPerPathVisits(root), 9u);
   EXPECT_EQ(CountPerPathVisits(d), 1u);
+  const PathTotals totals = CountPathTotals(root);
+  EXPECT_EQ(totals.blocks, 5u);
+  EXPECT_EQ(totals.visits, 9u);
 }
 
 // Each rung holds the next one in both of its slots.
@@ -91,6 +97,51 @@ TEST(BlockPathsTest, CountsAChainOfAHundredThousandBlocksWithTheDefaultStack) {
   }
   Holder holder(chain.front());
   EXPECT_EQ(CountPerPathVisits(chain.front()), 100000u);
+}
+
+TEST(BlockPathsTest, TotalsAgreeWithThePerBlockCountsOnRandomGraphs) {
+  // Random links among blocks and tables (links that would close a cycle are refused), and
+  // refused PushBacks that leave cycle-closing unlinked entries.
+  std::mt19937 random(7);
+  for (int graph = 0; graph < 200; ++graph) {
+    // The keeper holds every block, so that none goes when a slot is set again.
+    auto* keeper = new BlockTable(true);
+    Holder holder(keeper);
+    std::vector<Block*> blocks;
+    for (int i = 0; i < 24; ++i) {
+      if (random() % 3 == 0) {
+        blocks.push_back(new BlockTable(true));
+      } else {
+        blocks.push_back(new TestBlock("b", 3));
+      }
+      keeper->PushBack(blocks.back());
+    }
+    for (std::size_t i = 1; i < blocks.size(); ++i) {
+      Block* owner = blocks[random() % i];
+      if (auto* table = dynamic_cast<BlockTable*>(owner)) {
+        table->PushBack(blocks[i]);
+      } else {
+        (void)owner->MakeDependencyByID(static_cast<int>(random() % 3), blocks[i]);
+      }
+    }
+    for (int extra = 0; extra < 40; ++extra) {
+      Block* owner = blocks[random() % blocks.size()];
+      Block* held = blocks[random() % blocks.size()];
+      if (auto* table = dynamic_cast<BlockTable*>(owner)) {
+        if (table->GetNumBlocks() < 6) table->PushBack(held);
+      } else if (owner != held) {
+        (void)owner->MakeDependencyByID(static_cast<int>(random() % 3), held);
+      }
+    }
+    for (Block* from : {blocks[0], blocks[1], blocks[5]}) {
+      const auto paths = CountPathsFromRoot(from);
+      std::uint64_t sum = 0;
+      for (const auto& entry : paths) sum += entry.second;
+      const PathTotals totals = CountPathTotals(from);
+      EXPECT_EQ(totals.blocks, paths.size()) << "graph " << graph;
+      EXPECT_EQ(totals.visits, sum) << "graph " << graph;
+    }
+  }
 }
 
 }  // namespace
