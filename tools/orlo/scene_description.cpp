@@ -234,8 +234,9 @@ std::vector<Link> Links(Block& block) {
         if (name.empty()) name = "id_" + std::to_string(data->GetParameterID());
       }
     } else if (is_list) {
-      name = SceneEngine::GetName(target);
-      if (name.empty()) name = target->GetClassName();
+      // By class, not by name: renaming a material shows once, as its name, where a node
+      // uses it, and not again as an entry of the scene's list.
+      name = target->GetClassName();
     } else {
       name = SlotSegment(slot_name);
     }

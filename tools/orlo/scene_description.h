@@ -12,8 +12,8 @@
 // through the NodeTransform that holds it), "params" (a parameter table; its parameters are
 // named by their parameter names), "object", "material", and below those the controllers
 // ("position", "x", ...), modifiers and base objects. Blocks of a list are named by their
-// name, or their class when they have none. Siblings with equal names keep their order and
-// the k-th of them (k >= 2) is written name#k.
+// class. Siblings with equal names keep their order and the k-th of them (k >= 2) is written
+// name#k.
 //
 // Every walk keeps an explicit stack, so hierarchies and block chains of any depth are
 // described without deep recursion.

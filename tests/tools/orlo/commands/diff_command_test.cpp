@@ -15,6 +15,7 @@
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/scene/main_scene.h>
 #include <orlo/base/scene/node.h>
+#include <orlo/base/scene/object_modifier.h>
 
 #include "examples/plugin/torus.h"
 #include "tests/tools/orlo/tool_test.h"
@@ -226,6 +227,75 @@ TEST_F(DiffCommandTest, AMaterialChangedRemovedOrAddedIsReportedAtTheNode) {
   });
   EXPECT_EQ(Diff(a, bare), "/MainNode/box [material] removed: DemoMaterial (405, 200, 3)\n");
   EXPECT_EQ(Diff(bare, a), "/MainNode/box [material] added: DemoMaterial (405, 200, 3)\n");
+}
+
+TEST_F(DiffCommandTest, AModifierStackIsWalkedDownToItsBaseObject) {
+  auto stacked = [](const char* name, bool active) {
+    return [name, active](SceneEngine& engine) {
+      Node* box = Find(engine, "box");
+      auto* deformer = new DemoDeformer;
+      deformer->SetName(name);
+      deformer->SetActive(active);
+      ObjectModifier* stack = deformer->GetNewObjectModifier();
+      EXPECT_TRUE(stack->SetModifier(deformer).IsOk());
+      EXPECT_TRUE(stack->SetObjectToModify(box->GetObject()).IsOk());
+      EXPECT_TRUE(box->SetObject(stack).IsOk());
+    };
+  };
+  const std::string a = WriteScene("a.orlo", stacked("taper", true));
+  const std::string b = WriteScene("b.orlo", [&stacked](SceneEngine& engine) {
+    stacked("twist", false)(engine);
+    dynamic_cast<DemoBox*>(
+        dynamic_cast<ObjectModifier*>(Find(engine, "box")->GetObject())->GetObjectToModify())
+        ->SetSize(Point3<double>(1, 1, 3));
+  });
+  EXPECT_EQ(Diff(a, b),
+            "/MainNode/box [object/modifier] name \"taper\" -> \"twist\"\n"
+            "/MainNode/box [object/modifier] active true -> false\n"
+            "/MainNode/box [object/base_object] size (1, 1, 1) -> (1, 1, 3)\n");
+  const std::string plain = WriteScene("plain.orlo");
+  EXPECT_EQ(Diff(plain, a),
+            "/MainNode/box [object] class DemoBox (510, 200, 2) -> DemoDeformerStack (520, 200, "
+            "5)\n");
+}
+
+TEST_F(DiffCommandTest, ALinkToAnotherNodeComparesByThatNodesPath) {
+  auto camera = [](const char* aim) {
+    return [aim](SceneEngine& engine) {
+      Node* node =
+          engine.CreateLookAtCamera(Point3<double>(0, -10, 4), Point3<double>(0, 0, 0), "camera");
+      EXPECT_TRUE(node->SetLookAtAimNode(Find(engine, aim)).IsOk());
+    };
+  };
+  const std::string a = WriteScene("a.orlo", camera("box"));
+  const std::string b = WriteScene("b.orlo", camera("hand"));
+  EXPECT_EQ(
+      Diff(a, b),
+      "/MainNode/camera [transform] aim_node node /MainNode/box -> node /MainNode/arm/hand\n");
+}
+
+TEST_F(DiffCommandTest, AMaterialSharedWithTheScenesListIsComparedWhereTheNodeUsesIt) {
+  auto listed = [](const char* name) {
+    return [name](SceneEngine& engine) {
+      auto* material = dynamic_cast<DemoMaterial*>(Find(engine, "box")->GetMaterial());
+      material->SetName(name);
+      engine.GetMainScene()->AddMaterial(material);
+    };
+  };
+  const std::string a = WriteScene("a.orlo", listed("steel"));
+  const std::string b = WriteScene("b.orlo", listed("iron"));
+  EXPECT_EQ(Diff(a, b), "/MainNode/box [material] name \"steel\" -> \"iron\"\n");
+  const std::string unlisted = WriteScene("unlisted.orlo");
+  EXPECT_EQ(Diff(unlisted, a),
+            "/ [materials] DemoMaterial added: same block as /MainNode/box [material]\n");
+}
+
+TEST_F(DiffCommandTest, NamesWithPathCharactersAreEscaped) {
+  const std::string a = WriteScene("a.orlo");
+  const std::string b = WriteScene("b.orlo", [](SceneEngine& engine) {
+    engine.CreateEmptyNode(Point3<double>(0, 0, 0), "left/right #1 [x]\\");
+  });
+  EXPECT_EQ(Diff(a, b), "/MainNode/left\\/right \\#1 \\[x\\]\\\\: node added\n");
 }
 
 TEST_F(DiffCommandTest, NamesakeChildrenAreMatchedInOrder) {
