@@ -1,6 +1,6 @@
 #include "tools/orlo/scene_description.h"
 
-#include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -448,6 +448,9 @@ std::string SceneDescription::LinkText(const DescribedField& field) const {
   return field.text;
 }
 
-SceneDescription DescribeScene(SceneEngine& engine) { return Describer(engine).Run(); }
+SceneDescription DescribeScene(SceneEngine& engine) {
+  assert(engine.GetMainScene() != nullptr && SceneEngine::GetScene() == &engine);
+  return Describer(engine).Run();
+}
 
 }  // namespace Orlo::cli
