@@ -5,6 +5,7 @@
 #include <limits>
 #include <unordered_map>
 
+#include <orlo/base/block/internal/block_watch.h>
 #include <orlo/base/block/internal/irregular_links.h>
 #include <orlo/base/block/internal/release_guard.h>
 #include <orlo/base/block/internal/saturating.h>
@@ -128,6 +129,7 @@ Block::~Block() {
   };
   if (m_noted_abandoned) leave(AbandonedBlocks());
   if (m_noted_candidate) leave(CollectCandidates());
+  if (m_watched) internal::BlockWatch::Destroyed(this);
 }
 
 void* Block::GetData() const {

@@ -40,6 +40,10 @@ class BlockListener;
 class DataTable;
 class SceneLoad;
 class SceneSave;
+
+namespace internal {
+class BlockWatch;
+}
 struct BlockLoadData;
 
 class Block {
@@ -53,7 +57,8 @@ class Block {
         m_has_listeners(0),
         m_has_data(0),
         m_noted_abandoned(0),
-        m_noted_candidate(0) {}
+        m_noted_candidate(0),
+        m_watched(0) {}
   // Copies every field as it stands, both lists included: a copy starts with the same
   // dependants and listeners as its source. Callers that clone blocks fix the relations.
   Block(const Block& other);
@@ -231,6 +236,8 @@ class Block {
   };
 
  private:
+  friend class internal::BlockWatch;
+
   enum class Removal {
     kStillHeld,  // dependants remain
     kLostLast,   // the last back reference went
@@ -282,7 +289,7 @@ class Block {
   internal::DependantList m_dependants;
   // The last answer of IsQuiet in the low bit, and above it the generation of the graph's
   // observers it was given in; an answer of an older generation is computed again.
-  std::uint64_t m_quiet_stamp : 59;
+  std::uint64_t m_quiet_stamp : 58;
   std::uint64_t m_send_events : 1;
   // Whether the block has an entry among the listener lists / the host pointers.
   std::uint64_t m_has_listeners : 1;
@@ -291,6 +298,8 @@ class Block {
   // outermost operation goes through when it ends.
   std::uint64_t m_noted_abandoned : 1;
   std::uint64_t m_noted_candidate : 1;
+  // Whether weak references to the block wait to be nulled when it is destroyed.
+  std::uint64_t m_watched : 1;
   std::uint32_t m_id = kNoID;
   int m_saved = 0;
 };

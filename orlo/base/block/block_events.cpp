@@ -76,10 +76,10 @@ std::unordered_map<const Block*, std::vector<BlockListener*>>& ListenerLists() {
 // observer above it, which makes every kept answer of IsQuiet stale.
 std::uint64_t g_observer_generation = 1;
 
-// The quiet stamp of an answer given now, without its answer bit; it fits the block's 59 bits
-// for the first 2^58 generations.
+// The quiet stamp of an answer given now, without its answer bit; it fits the block's 58 bits
+// for the first 2^57 generations.
 std::uint64_t CurrentQuietStamp() {
-  return (g_observer_generation << 1) & ((std::uint64_t{1} << 59) - 1);
+  return (g_observer_generation << 1) & ((std::uint64_t{1} << 58) - 1);
 }
 
 // Whether back references may close a cycle. Links never do; only the irregular pairs that

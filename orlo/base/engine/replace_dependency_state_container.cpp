@@ -5,6 +5,7 @@
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_table.h>
+#include <orlo/base/block/internal/block_watch.h>
 
 namespace Orlo {
 
@@ -16,6 +17,7 @@ ReplaceDependencyStateContainer::ReplaceDependencyStateContainer(Block* block, i
       m_new_dependency(new_dependency),
       m_keep_alive(new BlockTable(true)) {
   assert(block != nullptr);
+  internal::BlockWatch::Watch(&m_block);
   m_old_dependency = m_block->GetDependency(slot);
   // The change is about to take the old dependency out of the slot: the record holds it so
   // that an undo can bring it back.
@@ -23,17 +25,21 @@ ReplaceDependencyStateContainer::ReplaceDependencyStateContainer(Block* block, i
 }
 
 ReplaceDependencyStateContainer::~ReplaceDependencyStateContainer() {
+  internal::BlockWatch::Unwatch(&m_block);
   m_keep_alive->DeleteThisBlock(true);
 }
 
 void ReplaceDependencyStateContainer::Revert() {
+  if (m_block == nullptr) return;  // the block went with its scene: nothing to put back
   // Appended on every revert: each undo takes the new dependency out of the slot once more,
   // and a later redo must find it alive.
   if (m_new_dependency != nullptr) m_keep_alive->PushBack(m_new_dependency);
   Relink(m_old_dependency);
 }
 
-void ReplaceDependencyStateContainer::Apply() { Relink(m_new_dependency); }
+void ReplaceDependencyStateContainer::Apply() {
+  if (m_block != nullptr) Relink(m_new_dependency);
+}
 
 void ReplaceDependencyStateContainer::OnAccept() {}
 

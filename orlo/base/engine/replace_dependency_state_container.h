@@ -5,7 +5,9 @@
 // can take out of the graph: the old dependency from the moment the record is made, and the
 // new one from its first revert on. So a block unlinked by the change (or by its undo) is
 // not deleted while the change can still be undone or redone; destroying the record releases
-// them. The block whose slot changes is not kept alive by the record.
+// them. The block whose slot changes is not kept alive by the record: when the scene lets it
+// go first (its node deleted, say), the record forgets it, and undoing or redoing the change
+// does nothing.
 //
 // Make the record before changing the slot, since it reads the old dependency then:
 //   SceneEngine::StateRecorderPut(
@@ -26,6 +28,8 @@ class ReplaceDependencyStateContainer : public StateContainer {
  public:
   // Requires: block is not null.
   ReplaceDependencyStateContainer(Block* block, int slot, Block* new_dependency);
+  ReplaceDependencyStateContainer(const ReplaceDependencyStateContainer&) = delete;
+  ReplaceDependencyStateContainer& operator=(const ReplaceDependencyStateContainer&) = delete;
   // Releases every block the record kept alive (each is deleted if nothing else holds it).
   ~ReplaceDependencyStateContainer() override;
 
@@ -37,6 +41,7 @@ class ReplaceDependencyStateContainer : public StateContainer {
   // Nothing to capture at accept time.
   void OnAccept() override;
 
+  // The block whose slot changes, or null once it was destroyed.
   Block* GetBlock() const { return m_block; }
   int GetSlot() const { return m_slot; }
   Block* GetOldDependency() const { return m_old_dependency; }
@@ -49,7 +54,8 @@ class ReplaceDependencyStateContainer : public StateContainer {
   // leave the slot lose their back reference and the graph stays releasable as a whole.
   void Relink(Block* dependency);
 
-  // The block whose slot changes; not owned.
+  // The block whose slot changes; not owned, and watched so that it becomes null when the
+  // block is destroyed.
   Block* m_block;
   std::int32_t m_slot;
   // What the slot held when the record was made, and what the change sets it to; kept alive

@@ -254,6 +254,22 @@ TEST_F(ModifierApplicationTest, UndoAndRedoRestoreTheChainAboveAnObjectModifier)
   EXPECT_EQ(m_node->BuildObject(1), m_object);
 }
 
+TEST_F(ModifierApplicationTest, UndoAndRedoAfterTheNodeWasDeletedChangeNothingAndTouchNoFreedBlock) {
+  SceneEngine::StateRecorderInit();
+  SceneEngine::StateRecorderBegin();
+  auto* modifier = new LinkingModifier();
+  ASSERT_TRUE(m_engine.AddModifierToNodes({m_node}, {}, modifier, 0).IsOk());
+  SceneEngine::StateRecorderAccept("insert");
+  ASSERT_TRUE(m_engine.DeleteNode(m_node));
+  m_node = nullptr;
+
+  // The records name blocks of the deleted node; they forgot them when they went.
+  ASSERT_TRUE(SceneEngine::StateRecorderCanUndo());
+  SceneEngine::StateRecorderUndo();
+  SceneEngine::StateRecorderRedo();
+  EXPECT_EQ(m_engine.GetMainNode()->GetNumChildren(), 0);
+}
+
 TEST_F(ModifierApplicationTest, GetObjectModifierIsNullWithoutAMatch) {
   auto* modifier = new LinkingModifier();
   EXPECT_EQ(m_engine.GetObjectModifier(nullptr, modifier), nullptr);

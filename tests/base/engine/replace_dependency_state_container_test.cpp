@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 #include <orlo/base/block/block_table.h>
@@ -149,6 +150,37 @@ TEST_F(ReplaceDependencyStateContainerTest, DestroyingTheRecordLeavesBlocksTheSc
   EXPECT_EQ(m_node->GetObject(), old_object);
   m_engine.DeleteScene();
   EXPECT_TRUE(old_deleted);
+}
+
+TEST_F(ReplaceDependencyStateContainerTest, ARecordForgetsABlockThatIsDestroyedBeforeIt) {
+  bool old_deleted = false;
+  auto* old_object = new ProbeObject("old", &old_deleted);
+  auto* new_object = new ProbeObject("new");
+  ASSERT_TRUE(m_node->SetObject(old_object).IsOk());
+  ReplaceDependencyStateContainer record(m_node, kObjectSlot, new_object);
+  ASSERT_TRUE(m_node->SetObject(new_object).IsOk());
+
+  ASSERT_TRUE(m_engine.DeleteNode(m_node));
+  m_node = nullptr;
+  EXPECT_EQ(record.GetBlock(), nullptr);
+  record.Revert();  // nothing to put back into
+  record.Apply();
+  EXPECT_FALSE(old_deleted);  // still the record's until it goes
+  EXPECT_EQ(record.GetKeepAlive()->GetNumBlocks(), 1u);
+}
+
+TEST_F(ReplaceDependencyStateContainerTest, TwoRecordsOfOneBlockBothForgetIt) {
+  auto* first = new ProbeObject("first");
+  auto* second = new ProbeObject("second");
+  auto record_one =
+      std::make_unique<ReplaceDependencyStateContainer>(m_node, kObjectSlot, first);
+  ASSERT_TRUE(m_node->SetObject(first).IsOk());
+  ReplaceDependencyStateContainer record_two(m_node, kObjectSlot, second);
+  ASSERT_TRUE(m_node->SetObject(second).IsOk());
+  record_one.reset();  // stops watching; the other record still does
+  ASSERT_TRUE(m_engine.DeleteNode(m_node));
+  m_node = nullptr;
+  EXPECT_EQ(record_two.GetBlock(), nullptr);
 }
 
 }  // namespace

@@ -10,6 +10,8 @@
 #include <boost/filesystem.hpp>
 
 #include <orlo/base/block/block.h>
+#include <orlo/base/block/block_factory.h>
+#include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/scene/main_scene.h>
 #include <orlo/base/scene/node.h>
@@ -150,6 +152,7 @@ class EngineSaveTest : public ::testing::Test {
   void TearDown() override {
     SceneEngine::SetBitmapManager(nullptr);
     SceneEngine::SetScene(nullptr);
+    SceneEngine::DestroyFactories();
     boost::filesystem::remove_all(m_dir);
   }
 
@@ -421,6 +424,65 @@ TEST_F(EngineSaveTest, AFailingBlockIsNotReportedAndLeavesItsChunksOpen) {
   load.CloseChunk();
   // No dependency chunk follows the failing block's data: its record ends with it.
   load.CloseChunk();  // data
+  EXPECT_EQ(load.OpenChunk(), SceneLoad::kEndOfChunk);
+  EXPECT_FALSE(load.HasError()) << load.GetStatus().GetMessage();
+}
+
+// A scene whose own Save fails after writing a few bytes, made by the factory of the scene's
+// class when a file is loaded.
+class FailingScene : public MainScene {
+ public:
+  FailingScene() : MainScene(false) {}
+  int Save(SceneSave* save) override {
+    save->WriteUInt32(0xBADu);
+    return 0;
+  }
+};
+
+class FailingSceneFactory : public BlockFactory {
+ public:
+  BlockType GetBlockType() const override { return MainScene::m_block_type; }
+  Block* GetBlock(bool) const override { return new FailingScene(); }
+  std::string GetName() const override { return "FailingScene"; }
+};
+
+TEST_F(EngineSaveTest, AMainSceneWhoseSaveFailsIsReportedAndNothingIsRolledBack) {
+  const std::string first = PathOf("first.scene");
+  ASSERT_TRUE(engine.SaveScene(first).IsOk());
+  // The failing scene's factory comes first, so the base library's own is refused.
+  SceneEngine::DestroyFactories();
+  SceneEngine::AddBlockFactory(new FailingSceneFactory());
+  RegisterBaseLibrary();
+  SceneEngine::SetScene(&engine);
+  const Status loaded = engine.LoadScene(first);
+  ASSERT_TRUE(loaded.IsOk()) << loaded.GetMessage();
+  ASSERT_NE(dynamic_cast<FailingScene*>(engine.GetMainScene()), nullptr);
+
+  const std::string second = PathOf("second.scene");
+  const Status status = engine.SaveScene(second);
+  EXPECT_EQ(status.GetCode(), Status::kFailed);
+  EXPECT_EQ(status.GetMessage(), "SceneEngine::SaveScene : Failed saving the m_main_scene block.");
+  // The path, the numbers and the saved marks stay as the failed save set them.
+  EXPECT_EQ(engine.GetScenePath(), second);
+  EXPECT_EQ(engine.GetMainScene()->GetSaved(), 1);
+  EXPECT_EQ(engine.GetMainScene()->GetID(), 0u);
+  EXPECT_EQ(engine.GetMainNode()->GetSaved(), 0);
+  // The open chunks were closed by the writer: the file reads as the scene chunk holding the
+  // header and the scene's record, its data chunk still holding the bytes written.
+  Status open_status;
+  SceneLoad load(second.c_str(), &open_status);
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);  // scene
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);  // header
+  load.CloseChunk();
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  EXPECT_EQ(load.CurChunkID(), 0x15u);
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);  // info
+  load.CloseChunk();
+  ASSERT_EQ(load.OpenChunk(), SceneLoad::kChunkOpened);
+  EXPECT_EQ(load.CurChunkID(), 0x20u);
+  std::uint32_t marker = 0;
+  load.ReadUInt32(marker);
+  EXPECT_EQ(marker, 0xBADu);
   EXPECT_EQ(load.OpenChunk(), SceneLoad::kEndOfChunk);
   EXPECT_FALSE(load.HasError()) << load.GetStatus().GetMessage();
 }
