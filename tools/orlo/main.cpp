@@ -18,6 +18,7 @@
 #include "tools/orlo/commands/blocks_command.h"
 #include "tools/orlo/commands/convert_command.h"
 #include "tools/orlo/commands/demo_command.h"
+#include "tools/orlo/commands/diff_command.h"
 #include "tools/orlo/commands/eval_command.h"
 #include "tools/orlo/commands/graph_command.h"
 #include "tools/orlo/commands/info_command.h"
@@ -83,6 +84,7 @@ int Main(int argc, char** argv) {
   commands.push_back(std::make_unique<EvalCommand>());
   commands.push_back(std::make_unique<GraphCommand>());
   commands.push_back(std::make_unique<ConvertCommand>());
+  commands.push_back(std::make_unique<DiffCommand>());
   commands.push_back(std::make_unique<PluginsCommand>());
   std::vector<CLI::App*> subcommands;
   for (const auto& command : commands) subcommands.push_back(command->Add(app));

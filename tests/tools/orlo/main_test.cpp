@@ -14,16 +14,16 @@ using ToolCommandLineTest = ToolTest;
 
 TEST_F(ToolCommandLineTest, HelpListsEverySubcommandAndExitsZero) {
   const ToolRun run = Run({"--help"}, 0);
-  for (const char* name :
-       {"demo", "info", "tree", "blocks", "validate", "eval", "graph", "convert", "plugins"}) {
+  for (const char* name : {"demo", "info", "tree", "blocks", "validate", "eval", "graph", "convert",
+                           "diff", "plugins"}) {
     EXPECT_NE(run.out.find(std::string("  ") + name), std::string::npos) << name;
   }
   EXPECT_EQ(run.err, "");
 }
 
 TEST_F(ToolCommandLineTest, EverySubcommandHasHelp) {
-  for (const char* name :
-       {"demo", "info", "tree", "blocks", "validate", "eval", "graph", "convert", "plugins"}) {
+  for (const char* name : {"demo", "info", "tree", "blocks", "validate", "eval", "graph", "convert",
+                           "diff", "plugins"}) {
     const ToolRun run = Run({name, "--help"}, 0);
     EXPECT_NE(run.out.find("Usage:"), std::string::npos) << name;
   }
