@@ -6,9 +6,10 @@
 // their names and local transforms at time 0; each node's MeshObject (a modifier stack is
 // built at time 0 and its result written), its AssetMaterial (a default material for meshes
 // without one), its CameraObject or LightObject under the node's name; and one animation of
-// every node whose transform holds keys, sampled at those key times. Times are written in
-// milliseconds, 1000 ticks per second, the scene's own unit (see AssetImportTool). Formats
-// that carry no hierarchy or animation keep what they can.
+// every node whose transform holds keys, sampled at those key times (the main node, the
+// asset's root, only when its keys move it). A scene time of t milliseconds (see
+// AssetImportTool) is written as t / 1000 seconds, at one tick per second. Formats that carry
+// no hierarchy or animation keep what they can.
 //
 // A failed write gives code 2, "AssetExportTool::Execute : <path>: <the library's
 // message>". A tool that nothing keeps releases itself at the end of Execute.

@@ -143,7 +143,9 @@ class AssetBuilder {
  private:
   unsigned MaterialIndex(Orlo::Block* material);
   void AddObject(Orlo::Node* node, aiNode* target);
-  void AddChannel(Orlo::Node* node);
+  // Adds the node's keys as a channel; with `skip_if_still`, not when every key is the
+  // identity.
+  void AddChannel(Orlo::Node* node, bool skip_if_still);
 
   Orlo::SceneEngine* m_engine;
   std::vector<aiMaterial*> m_materials;
@@ -189,11 +191,19 @@ void AssetBuilder::AddObject(Orlo::Node* node, aiNode* target) {
   }
 }
 
-void AssetBuilder::AddChannel(Orlo::Node* node) {
+void AssetBuilder::AddChannel(Orlo::Node* node, bool skip_if_still) {
   Orlo::Matrix3Controller* controller = node->GetNodeTransformController();
   std::set<std::int32_t> times;
   CollectKeyTimes(controller, times);
   if (times.empty()) return;
+  if (skip_if_still) {
+    // The main node becomes the asset's root; keyed in place it moves nothing, and a root
+    // without a channel reads back as the empty root it was.
+    bool still = true;
+    for (std::int32_t time : times)
+      still = still && controller->GetMatrix3(time) == Orlo::Matrix3<double>();
+    if (still) return;
+  }
   const auto count = static_cast<unsigned>(times.size());
   auto* channel = new aiNodeAnim;
   channel->mNodeName = aiString(node->GetName());
@@ -203,10 +213,10 @@ void AssetBuilder::AddChannel(Orlo::Node* node) {
   channel->mScalingKeys = new aiVectorKey[count];
   unsigned i = 0;
   for (std::int32_t time : times) {
-    const double when = time;  // already in the written unit, milliseconds
-    channel->mPositionKeys[i] = aiVectorKey(when, ToAiVector(controller->GetPosition(time)));
-    channel->mRotationKeys[i] = aiQuatKey(when, ToAiQuaternion(controller->GetRotation(time)));
-    channel->mScalingKeys[i] = aiVectorKey(when, ToAiVector(controller->GetScale(time)));
+    const double seconds = time / kTicksPerSecond;
+    channel->mPositionKeys[i] = aiVectorKey(seconds, ToAiVector(controller->GetPosition(time)));
+    channel->mRotationKeys[i] = aiQuatKey(seconds, ToAiQuaternion(controller->GetRotation(time)));
+    channel->mScalingKeys[i] = aiVectorKey(seconds, ToAiVector(controller->GetScale(time)));
     ++i;
   }
   m_last_time = std::max(m_last_time, *times.rbegin());
@@ -249,7 +259,7 @@ std::unique_ptr<aiScene> AssetBuilder::Run() {
     if (Orlo::Matrix3Controller* controller = node->GetNodeTransformController())
       target->mTransformation = ToAiMatrix(controller->GetMatrix3(0));
     AddObject(node, target);
-    AddChannel(node);
+    AddChannel(node, node == main);
     const int children = node->GetNumChildren();
     if (children <= 0) continue;
     target->mNumChildren = static_cast<unsigned>(children);
@@ -273,8 +283,10 @@ std::unique_ptr<aiScene> AssetBuilder::Run() {
   if (!m_channels.empty()) {
     auto* animation = new aiAnimation;
     animation->mName = aiString("animation");
-    animation->mTicksPerSecond = kTicksPerSecond;
-    animation->mDuration = m_last_time;
+    // Key times in seconds, one tick per second: some of the library's exporters write key
+    // times as they are, whatever the rate, and the formats count in seconds.
+    animation->mTicksPerSecond = 1.0;
+    animation->mDuration = m_last_time / kTicksPerSecond;
     Publish(m_channels, animation->mChannels, animation->mNumChannels);
     scene->mNumAnimations = 1;
     scene->mAnimations = new aiAnimation* [1] { animation };
