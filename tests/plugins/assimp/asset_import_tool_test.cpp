@@ -123,6 +123,35 @@ TEST_F(AssetImportToolTest, ImportsAnObjFileWithItsTwoMaterials) {
   EXPECT_EQ(mesh->GetObjectBoundingBox(0).max.z, 1.0);
 }
 
+TEST_F(AssetImportToolTest, ANodeWithTwoMeshesGetsAChildNodePerMeshBesideWhatTheSceneHad) {
+  ASSERT_TRUE(engine.CreateEmptyNode(Orlo::Point3<double>(0, 0, 0), "existing"));
+  // One glTF mesh of two primitives, each its own material: two meshes on one node. The
+  // buffer holds one triangle, (0, 0, 0), (1, 0, 0), (0, 1, 0), as 9 floats.
+  WriteText(PathOf("pair.gltf"), R"({
+  "asset": {"version": "2.0"},
+  "scene": 0,
+  "scenes": [{"nodes": [0]}],
+  "nodes": [{"name": "pair", "mesh": 0, "translation": [0, 0, 4]}],
+  "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "material": 0},
+                             {"attributes": {"POSITION": 0}, "material": 1}]}],
+  "materials": [{"name": "left"}, {"name": "right"}],
+  "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3",
+                 "min": [0, 0, 0], "max": [1, 1, 0]}],
+  "bufferViews": [{"buffer": 0, "byteLength": 36}],
+  "buffers": [{"byteLength": 36,
+               "uri": "data:application/octet-stream;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}]
+})");
+  const Orlo::Status status = engine.ImportScene(PathOf("pair.gltf"));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  EXPECT_EQ(Tree(), (std::vector<std::string>{"existing", "pair", "  pair_mesh0", "  pair_mesh1"}));
+  EXPECT_EQ(MaterialName("pair_mesh0"), "left");
+  EXPECT_EQ(MaterialName("pair_mesh1"), "right");
+  Node* part = engine.GetNodeByName("pair_mesh1");
+  ASSERT_NE(part, nullptr);
+  EXPECT_NE(dynamic_cast<MeshObject*>(part->GetObject()), nullptr);
+  EXPECT_EQ(part->GetAbsoluteTM(0).m[3][2], 4.0);
+}
+
 TEST_F(AssetImportToolTest, AShearIsApproximatedAndCountedInTheMessage) {
   WriteText(PathOf("shear.gltf"), R"({
   "asset": {"version": "2.0"},
