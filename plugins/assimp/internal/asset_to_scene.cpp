@@ -1,5 +1,6 @@
 #include "plugins/assimp/internal/asset_to_scene.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <map>

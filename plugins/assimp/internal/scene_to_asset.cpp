@@ -1,5 +1,6 @@
 #include "plugins/assimp/internal/scene_to_asset.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <map>
