@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "plugins/assimp/asset_material.h"
+#include "plugins/assimp/camera_object.h"
+#include "plugins/assimp/light_object.h"
 #include "plugins/assimp/mesh_object.h"
 #include "tests/plugins/assimp/asset_fixture.h"
 #include "tests/plugins/assimp/plugin_test.h"
@@ -150,6 +152,42 @@ TEST_F(AssetImportToolTest, ANodeWithTwoMeshesGetsAChildNodePerMeshBesideWhatThe
   ASSERT_NE(part, nullptr);
   EXPECT_NE(dynamic_cast<MeshObject*>(part->GetObject()), nullptr);
   EXPECT_EQ(part->GetAbsoluteTM(0).m[3][2], 4.0);
+}
+
+TEST_F(AssetImportToolTest, CamerasAndLightsBecomeObjectsOfTheirNodes) {
+  WriteText(PathOf("view.gltf"), R"({
+  "asset": {"version": "2.0"},
+  "extensionsUsed": ["KHR_lights_punctual"],
+  "extensions": {"KHR_lights_punctual": {"lights": [
+    {"type": "spot", "color": [1, 0.5, 0], "intensity": 2,
+     "spot": {"innerConeAngle": 0.1, "outerConeAngle": 0.4}}]}},
+  "scene": 0,
+  "scenes": [{"nodes": [0, 1]}],
+  "nodes": [
+    {"name": "eye", "camera": 0, "translation": [0, -5, 2]},
+    {"name": "lamp", "extensions": {"KHR_lights_punctual": {"light": 0}}}
+  ],
+  "cameras": [{"type": "perspective",
+               "perspective": {"yfov": 0.8, "znear": 0.25, "zfar": 400, "aspectRatio": 1.5}}]
+})");
+  const Orlo::Status status = engine.ImportScene(PathOf("view.gltf"));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  ASSERT_NE(engine.GetNodeByName("eye"), nullptr);
+  auto* camera = dynamic_cast<CameraObject*>(engine.GetNodeByName("eye")->GetObject());
+  ASSERT_NE(camera, nullptr);
+  EXPECT_NEAR(camera->GetNearClip(), 0.25, 1e-6);
+  EXPECT_NEAR(camera->GetFarClip(), 400, 1e-4);
+  EXPECT_NEAR(camera->GetAspectRatio(), 1.5, 1e-6);
+  EXPECT_GT(camera->GetFieldOfView(), 0.0);
+  EXPECT_EQ(engine.GetNodeByName("eye")->GetAbsoluteTM(0).m[3][1], -5.0);
+  ASSERT_NE(engine.GetNodeByName("lamp"), nullptr);
+  auto* light = dynamic_cast<LightObject*>(engine.GetNodeByName("lamp")->GetObject());
+  ASSERT_NE(light, nullptr);
+  EXPECT_EQ(light->GetKind(), LightObject::kSpot);
+  EXPECT_NEAR(light->GetIntensity(), 2.0, 1e-6);
+  EXPECT_NEAR(light->GetColor().r, 1.0, 1e-6);
+  EXPECT_NEAR(light->GetColor().g, 0.5, 1e-6);
+  EXPECT_LT(light->GetInnerConeAngle(), light->GetOuterConeAngle());
 }
 
 TEST_F(AssetImportToolTest, AShearIsApproximatedAndCountedInTheMessage) {
