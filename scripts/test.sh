@@ -23,7 +23,7 @@ elif [[ $# -gt 0 ]]; then
 fi
 
 ensure_packages cmake ninja-build g++ libboost-filesystem-dev libgtest-dev libgmock-dev \
-  libbenchmark-dev libcli11-dev nlohmann-json3-dev
+  libbenchmark-dev libcli11-dev nlohmann-json3-dev libassimp-dev
 
 cmake -S "$root" -B "$build_dir" -G Ninja "${cmake_args[@]}"
 cmake --build "$build_dir" --parallel "$(nproc)"
