@@ -21,23 +21,19 @@
 #include <orlo/base/scene/export_tool.h>
 
 #include "plugins/assimp/plugin_types.h"
+#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class AssetExportTool : public Orlo::ExportTool {
+class AssetExportTool : public SlotlessBlock<Orlo::ExportTool> {
  public:
   static constexpr Orlo::BlockType m_block_type = kAssetExportToolType;
 
   std::string GetClassName() const override { return "AssetExportTool"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Orlo::Block* Clone() override;
   int Save(Orlo::SceneSave*) override { return 1; }
   int Load(Orlo::SceneLoad*) override { return 1; }
-  void DeleteThis() override { delete this; }
 
   // Every extension the installed library writes, lower case with the leading dot.
   std::vector<std::string> GetExtensions() override;

@@ -37,23 +37,19 @@
 #include <orlo/base/scene/import_tool.h>
 
 #include "plugins/assimp/plugin_types.h"
+#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class AssetImportTool : public Orlo::ImportTool {
+class AssetImportTool : public SlotlessBlock<Orlo::ImportTool> {
  public:
   static constexpr Orlo::BlockType m_block_type = kAssetImportToolType;
 
   std::string GetClassName() const override { return "AssetImportTool"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Orlo::Block* Clone() override;
   int Save(Orlo::SceneSave*) override { return 1; }
   int Load(Orlo::SceneLoad*) override { return 1; }
-  void DeleteThis() override { delete this; }
 
   // Every extension the installed library reads, lower case with the leading dot.
   std::vector<std::string> GetExtensions() override;

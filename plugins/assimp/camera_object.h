@@ -9,24 +9,20 @@
 #include <orlo/base/scene/object.h>
 
 #include "plugins/assimp/plugin_types.h"
+#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class CameraObject : public Orlo::Object {
+class CameraObject : public SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type = kCameraObjectType;
 
   std::string GetClassName() const override { return "CameraObject"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Orlo::Block* Clone() override;
   // Chunk 0x0005: field of view, near clip, far clip and aspect ratio, four doubles.
   int Save(Orlo::SceneSave* save) override;
   int Load(Orlo::SceneLoad* load) override;
-  void DeleteThis() override { delete this; }
   int Flags() override { return 0; }
   Orlo::Object* BuildObject(int, Orlo::Node*) override { return this; }
 

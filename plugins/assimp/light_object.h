@@ -10,10 +10,11 @@
 #include <orlo/support/color.h>
 
 #include "plugins/assimp/plugin_types.h"
+#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class LightObject : public Orlo::Object {
+class LightObject : public SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type = kLightObjectType;
 
@@ -22,17 +23,12 @@ class LightObject : public Orlo::Object {
 
   std::string GetClassName() const override { return "LightObject"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Orlo::Block* Clone() override;
   // Chunk 0x0005: the kind (int32), the colour (three floats), then intensity, inner and
   // outer cone angles (doubles).
   int Save(Orlo::SceneSave* save) override;
   // A kind outside the enumeration reads as a point light.
   int Load(Orlo::SceneLoad* load) override;
-  void DeleteThis() override { delete this; }
   int Flags() override { return 0; }
   Orlo::Object* BuildObject(int, Orlo::Node*) override { return this; }
 

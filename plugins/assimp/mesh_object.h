@@ -18,10 +18,11 @@
 #include <orlo/base/scene/object.h>
 
 #include "plugins/assimp/plugin_types.h"
+#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class MeshObject : public Orlo::Object {
+class MeshObject : public SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type = kMeshObjectType;
   // Bit 22 of Flags: the object accepts modifiers.
@@ -30,10 +31,6 @@ class MeshObject : public Orlo::Object {
 
   std::string GetClassName() const override { return "MeshObject"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   // A new mesh with the same arrays.
   Orlo::Block* Clone() override;
   // Chunk 0x0010 the positions, 0x0015 the normals, 0x0020 the texture coordinates (each a
@@ -43,7 +40,6 @@ class MeshObject : public Orlo::Object {
   // A count larger than the bytes of its chunk allow, or a face index outside the positions,
   // is corruption: returns 0 and leaves the mesh as it was.
   int Load(Orlo::SceneLoad* load) override;
-  void DeleteThis() override { delete this; }
 
   int Flags() override { return kAcceptsModifiersFlag; }
   Orlo::Object* BuildObject(int, Orlo::Node*) override { return this; }
