@@ -15,6 +15,7 @@
 #include <orlo/base/scene/node.h>
 
 #include "bench/scene_workload.h"
+#include "bench/workload_bench.h"
 
 namespace {
 
@@ -22,6 +23,8 @@ using Orlo::Matrix3;
 using Orlo::Node;
 using Orlo::SceneEngine;
 using Orlo::bench::BuildSceneWorkload;
+using Orlo::bench::NodesOf;
+using Orlo::bench::ShapeOf;
 using Orlo::bench::WorkloadShape;
 using Orlo::bench::WorkloadShapeName;
 
@@ -56,8 +59,8 @@ void SetRates(benchmark::State& state, WorkloadShape shape, const WorkloadScene&
 }
 
 void BM_TopDownEvaluation(benchmark::State& state) {
-  const auto shape = static_cast<WorkloadShape>(state.range(0));
-  WorkloadScene scene(shape, static_cast<int>(state.range(1)));
+  const WorkloadShape shape = ShapeOf(state);
+  WorkloadScene scene(shape, NodesOf(state));
   std::vector<SceneEngine::NodeMatrix> out;
   out.reserve(scene.nodes.size() + 1);
   for (auto _ : state) {
@@ -70,8 +73,8 @@ void BM_TopDownEvaluation(benchmark::State& state) {
 }
 
 void BM_GetAbsoluteTMPerNode(benchmark::State& state) {
-  const auto shape = static_cast<WorkloadShape>(state.range(0));
-  WorkloadScene scene(shape, static_cast<int>(state.range(1)));
+  const WorkloadShape shape = ShapeOf(state);
+  WorkloadScene scene(shape, NodesOf(state));
   for (auto _ : state) {
     for (Node* node : scene.nodes) {
       Matrix3<double> matrix = node->GetAbsoluteTM(0);

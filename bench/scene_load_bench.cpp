@@ -24,38 +24,21 @@
 
 #include "bench/heap_counter.h"
 #include "bench/scene_workload.h"
+#include "bench/workload_bench.h"
 
 namespace {
 
 using Orlo::SceneEngine;
 using Orlo::Status;
 using Orlo::bench::BuildSceneWorkload;
-using Orlo::bench::WorkloadShape;
-
-// A directory for the files of this run, removed at exit.
-const boost::filesystem::path& WorkDirectory() {
-  static const struct Directory {
-    boost::filesystem::path path;
-    Directory()
-        : path(boost::filesystem::temp_directory_path() /
-               boost::filesystem::unique_path("orlo-scene-load-bench-%%%%-%%%%")) {
-      boost::filesystem::create_directories(path);
-    }
-    ~Directory() { boost::filesystem::remove_all(path); }
-  } directory;
-  return directory.path;
-}
-
-WorkloadShape ShapeOf(const benchmark::State& state) {
-  return static_cast<WorkloadShape>(state.range(0));
-}
-
-int NodesOf(const benchmark::State& state) { return static_cast<int>(state.range(1)); }
+using Orlo::bench::NodesOf;
+using Orlo::bench::ShapeOf;
+using Orlo::bench::WorkFile;
 
 void BM_Load(benchmark::State& state) {
   Orlo::RegisterBaseLibrary();
   const int nodes = NodesOf(state);
-  const std::string path = (WorkDirectory() / "load.scene").string();
+  const std::string path = WorkFile("load.scene");
   SceneEngine engine;
   SceneEngine::SetScene(&engine);
   engine.InitScene();
@@ -79,8 +62,7 @@ void BM_Load(benchmark::State& state) {
   state.counters["blocks/s"] = Counter(blocks, Counter::kIsIterationInvariantRate);
   state.counters["blocks"] = blocks;
   state.counters["heap_bytes/node"] = static_cast<double>(heap) / nodes;
-  state.SetLabel(std::string(Orlo::bench::WorkloadShapeName(ShapeOf(state))) + "/" +
-                 std::to_string(nodes));
+  Orlo::bench::SetWorkloadLabel(state);
   engine.DeleteScene();
   SceneEngine::SetScene(nullptr);
   SceneEngine::DestroyFactories();

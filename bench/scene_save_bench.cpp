@@ -26,35 +26,16 @@
 #include <orlo/support/status.h>
 
 #include "bench/scene_workload.h"
+#include "bench/workload_bench.h"
 
 namespace {
 
 using Orlo::SceneEngine;
 using Orlo::Status;
 using Orlo::bench::BuildSceneWorkload;
-using Orlo::bench::WorkloadShape;
-
-// A directory for the files of this run, removed at exit.
-const boost::filesystem::path& WorkDirectory() {
-  static const struct Directory {
-    boost::filesystem::path path;
-    Directory()
-        : path(boost::filesystem::temp_directory_path() /
-               boost::filesystem::unique_path("orlo-scene-save-bench-%%%%-%%%%")) {
-      boost::filesystem::create_directories(path);
-    }
-    ~Directory() { boost::filesystem::remove_all(path); }
-  } directory;
-  return directory.path;
-}
-
-std::string FilePath(const char* name) { return (WorkDirectory() / name).string(); }
-
-WorkloadShape ShapeOf(const benchmark::State& state) {
-  return static_cast<WorkloadShape>(state.range(0));
-}
-
-int NodesOf(const benchmark::State& state) { return static_cast<int>(state.range(1)); }
+using Orlo::bench::NodesOf;
+using Orlo::bench::ShapeOf;
+using Orlo::bench::WorkFile;
 
 // The number of blocks reachable from the main scene, as the numbering counts them.
 int CountBlocks(SceneEngine& engine) {
@@ -63,10 +44,6 @@ int CountBlocks(SceneEngine& engine) {
   return engine.GetNumBlocks();
 }
 
-void SetLabel(benchmark::State& state) {
-  state.SetLabel(std::string(Orlo::bench::WorkloadShapeName(ShapeOf(state))) + "/" +
-                 std::to_string(NodesOf(state)));
-}
 
 void SetRates(benchmark::State& state, int nodes, int blocks) {
   using benchmark::Counter;
@@ -87,7 +64,7 @@ void BM_Build(benchmark::State& state) {
     state.ResumeTiming();
   }
   SetRates(state, nodes, blocks);
-  SetLabel(state);
+  Orlo::bench::SetWorkloadLabel(state);
 }
 
 void BM_Save(benchmark::State& state) {
@@ -95,7 +72,7 @@ void BM_Save(benchmark::State& state) {
   SceneEngine engine;
   engine.InitScene();
   BuildSceneWorkload(&engine, ShapeOf(state), nodes);
-  const std::string path = FilePath("save.scene");
+  const std::string path = WorkFile("save.scene");
   for (auto _ : state) {
     const Status status = engine.SaveScene(path);
     if (!status.IsOk()) state.SkipWithError(status.GetMessage().c_str());
@@ -105,7 +82,7 @@ void BM_Save(benchmark::State& state) {
   state.counters["bytes/node"] = bytes / nodes;
   state.counters["bytes/s"] =
       benchmark::Counter(bytes, benchmark::Counter::kIsIterationInvariantRate);
-  SetLabel(state);
+  Orlo::bench::SetWorkloadLabel(state);
   boost::filesystem::remove(path);
 }
 
@@ -116,13 +93,13 @@ void BM_IoCeiling(benchmark::State& state) {
     SceneEngine engine;
     engine.InitScene();
     BuildSceneWorkload(&engine, ShapeOf(state), NodesOf(state));
-    const std::string sized = FilePath("sized.scene");
+    const std::string sized = WorkFile("sized.scene");
     if (!engine.SaveScene(sized).IsOk()) state.SkipWithError("save failed");
     size = boost::filesystem::file_size(sized);
     boost::filesystem::remove(sized);
   }
   const std::vector<char> buffer(std::size_t{1} << 20, '\x5a');
-  const std::string path = FilePath("plain.bin");
+  const std::string path = WorkFile("plain.bin");
   for (auto _ : state) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     if (fd < 0) state.SkipWithError("cannot open the file");
@@ -141,7 +118,7 @@ void BM_IoCeiling(benchmark::State& state) {
   state.counters["bytes/s"] =
       benchmark::Counter(static_cast<double>(size), benchmark::Counter::kIsIterationInvariantRate);
   state.counters["bytes/node"] = static_cast<double>(size) / NodesOf(state);
-  SetLabel(state);
+  Orlo::bench::SetWorkloadLabel(state);
   boost::filesystem::remove(path);
 }
 

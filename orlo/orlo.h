@@ -21,6 +21,7 @@
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/block/block_listener.h>
 #include <orlo/base/block/block_paths.h>
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/block/block_table.h>
 #include <orlo/base/block/block_type.h>
 

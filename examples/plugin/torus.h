@@ -13,21 +13,16 @@
 
 namespace orlo_example {
 
-class Torus : public Orlo::Object {
+class Torus : public Orlo::SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type{510, 300, 1};  // a primitive object
 
   std::string GetClassName() const override { return "Torus"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Orlo::Block* Clone() override;
   // Chunk 0x0005: the ring radius and the tube radius, two doubles.
   int Save(Orlo::SceneSave* save) override;
   int Load(Orlo::SceneLoad* load) override;
-  void DeleteThis() override { delete this; }
   int Flags() override { return 0; }
 
   double GetRingRadius() const { return m_ring_radius; }
@@ -42,20 +37,15 @@ class Torus : public Orlo::Object {
   double m_tube_radius = 0.25;
 };
 
-class NodeListExporter : public Orlo::ExportTool {
+class NodeListExporter : public Orlo::SlotlessBlock<Orlo::ExportTool> {
  public:
   static constexpr Orlo::BlockType m_block_type{100010, 300, 2};
 
   std::string GetClassName() const override { return "NodeListExporter"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Orlo::Block*) override {}
-  Orlo::Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Orlo::Block* Clone() override { return new NodeListExporter; }
   int Save(Orlo::SceneSave*) override { return 1; }
   int Load(Orlo::SceneLoad*) override { return 1; }
-  void DeleteThis() override { delete this; }
 
   std::vector<std::string> GetExtensions() override { return {".nodes"}; }
   // Writes the names of the nodes below the main node; releases itself at the end when

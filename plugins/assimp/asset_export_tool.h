@@ -18,14 +18,14 @@
 #include <string>
 #include <vector>
 
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/scene/export_tool.h>
 
 #include "plugins/assimp/plugin_types.h"
-#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class AssetExportTool : public SlotlessBlock<Orlo::ExportTool> {
+class AssetExportTool : public Orlo::SlotlessBlock<Orlo::ExportTool> {
  public:
   static constexpr Orlo::BlockType m_block_type = kAssetExportToolType;
 

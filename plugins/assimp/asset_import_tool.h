@@ -34,14 +34,14 @@
 #include <string>
 #include <vector>
 
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/scene/import_tool.h>
 
 #include "plugins/assimp/plugin_types.h"
-#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class AssetImportTool : public SlotlessBlock<Orlo::ImportTool> {
+class AssetImportTool : public Orlo::SlotlessBlock<Orlo::ImportTool> {
  public:
   static constexpr Orlo::BlockType m_block_type = kAssetImportToolType;
 

@@ -6,14 +6,14 @@
 
 #include <string>
 
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/scene/object.h>
 
 #include "plugins/assimp/plugin_types.h"
-#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class CameraObject : public SlotlessBlock<Orlo::Object> {
+class CameraObject : public Orlo::SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type = kCameraObjectType;
 

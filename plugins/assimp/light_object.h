@@ -6,15 +6,15 @@
 
 #include <string>
 
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/scene/object.h>
 #include <orlo/support/color.h>
 
 #include "plugins/assimp/plugin_types.h"
-#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class LightObject : public SlotlessBlock<Orlo::Object> {
+class LightObject : public Orlo::SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type = kLightObjectType;
 

@@ -15,14 +15,14 @@
 #include <utility>
 #include <vector>
 
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/scene/object.h>
 
 #include "plugins/assimp/plugin_types.h"
-#include "plugins/assimp/slotless_block.h"
 
 namespace orlo_assimp {
 
-class MeshObject : public SlotlessBlock<Orlo::Object> {
+class MeshObject : public Orlo::SlotlessBlock<Orlo::Object> {
  public:
   static constexpr Orlo::BlockType m_block_type = kMeshObjectType;
   // Bit 22 of Flags: the object accepts modifiers.

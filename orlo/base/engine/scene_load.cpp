@@ -351,8 +351,9 @@ Status SceneEngine::LoadScene(const char* path) {
   // A walk that enters every block once per path would make this many visits. The passes
   // below fall back to one visit per block well before that matters, but the host's own
   // per-path walks of the scene would not: a graph past the bound is refused.
-  // The scene is numbered as InitBlocks will number it, so that the count needs no index of
-  // its own; a refused file's numbers go with its blocks.
+  // The scene is numbered here, as InitBlocks and then SetBlockIDs would number it (saving
+  // numbers with the same walk), so that the count needs no index of its own; a refused
+  // file's numbers go with its blocks.
   const std::size_t num_reached = internal::MarkReachableInPreOrder(main_scene).size();
   const PathTotals totals = CountPathTotalsOfNumbered(main_scene, num_reached);
   const std::uint64_t visits = totals.visits;
@@ -397,8 +398,8 @@ Status SceneEngine::LoadScene(const char* path) {
   for (Block* orphan : orphans) orphan->DeleteThisBlock(true);
 
   m_main_scene = main_scene;
-  InitBlocks(m_main_scene);
-  SetBlockIDs();
+  // Numbered above; releasing the orphans took nothing the scene reaches.
+  m_num_blocks = static_cast<std::int32_t>(num_reached);
   SetParentPointer(GetMainNode());
 
   // Each part of the scene is refreshed as UpdateDataTables would, once per path unless the

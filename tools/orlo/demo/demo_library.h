@@ -15,6 +15,7 @@
 
 #include <string>
 
+#include <orlo/base/block/slotless_block.h>
 #include <orlo/base/scene/material.h>
 #include <orlo/base/scene/modifier.h>
 #include <orlo/base/scene/object.h>
@@ -25,21 +26,16 @@ namespace Orlo::cli {
 
 // The type is that of the engine's camera class, so that SceneEngine::CreateLookAtCamera
 // makes a DemoCamera.
-class DemoCamera : public Object {
+class DemoCamera : public SlotlessBlock<Object> {
  public:
   static constexpr BlockType m_block_type{600, 128, 784};
 
   std::string GetClassName() const override { return "DemoCamera"; }
   BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Block*) override {}
-  Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Block* Clone() override;
   // Chunk 0x0005: the field of view in radians, a double.
   int Save(SceneSave* save) override;
   int Load(SceneLoad* load) override;
-  void DeleteThis() override { delete this; }
   int Flags() override { return 0; }
 
   double GetFieldOfView() const { return m_field_of_view; }
@@ -49,21 +45,16 @@ class DemoCamera : public Object {
   double m_field_of_view = 0.8;
 };
 
-class DemoBox : public Object {
+class DemoBox : public SlotlessBlock<Object> {
  public:
   static constexpr BlockType m_block_type{510, 200, 2};
 
   std::string GetClassName() const override { return "DemoBox"; }
   BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Block*) override {}
-  Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Block* Clone() override;
   // Chunk 0x0005: the size, three doubles.
   int Save(SceneSave* save) override;
   int Load(SceneLoad* load) override;
-  void DeleteThis() override { delete this; }
   int Flags() override { return 0; }
   // The box centred on the origin, transformed by `tm` when one is given.
   Box3<double> GetObjectBoundingBox(int time, Matrix3<double>* tm = nullptr) override;
@@ -120,18 +111,13 @@ class DemoMaterial : public Material {
   Block* m_data_table = nullptr;
 };
 
-class DemoDeformer : public Modifier {
+class DemoDeformer : public SlotlessBlock<Modifier> {
  public:
   static constexpr BlockType m_block_type{800, 200, 4};
 
   std::string GetClassName() const override { return "DemoDeformer"; }
   BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 0; }
-  void SetDependency(int, Block*) override {}
-  Block* GetDependency(int) const override { return nullptr; }
-  std::string GetDependencyName(int) const override { return "no_dependency"; }
   Block* Clone() override;
-  void DeleteThis() override { delete this; }
   ObjectModifier* GetNewObjectModifier() override;
   void GetTimeInterval(TimeInterval&) override {}
 };
