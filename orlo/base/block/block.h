@@ -29,7 +29,7 @@
 
 #include <orlo/base/block/block_event.h>
 #include <orlo/base/block/block_type.h>
-#include <orlo/base/block/internal/dependant_list.h>
+#include <orlo/base/block/internal/block_list.h>
 #include <orlo/support/color.h>
 #include <orlo/support/point3.h>
 #include <orlo/support/status.h>
@@ -286,7 +286,7 @@ class Block {
   // which few blocks have, are kept beside the blocks (a flag says whether there are any).
 
   // One entry per link made to this block, duplicates included; not owning.
-  internal::DependantList m_dependants;
+  internal::BlockList m_dependants;
   // The last answer of IsQuiet in the low bit, and above it the generation of the graph's
   // observers it was given in; an answer of an older generation is computed again.
   std::uint64_t m_quiet_stamp : 58;

@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <cstddef>
+#include <memory>
 
 #include <orlo/support/internal/chunk_format.h>
 #include <orlo/support/scene_load.h>
@@ -93,15 +94,16 @@ std::string BezierController::GetDependencyName(int) const { return kNoDependenc
 
 Block* BezierController::Clone() {
   auto* clone = new BezierController(m_default_value, true);
-  clone->m_keys = m_keys;
+  if (m_keys != nullptr) clone->m_keys = std::make_unique<std::vector<BezierKey>>(*m_keys);
   return clone;
 }
 
 int BezierController::Save(SceneSave* save) {
   assert(save != nullptr);
   save->BeginChunk(kKeysChunk);
-  save->WriteInt32(static_cast<std::int32_t>(m_keys.size()));
-  for (const BezierKey& key : m_keys) key.Save(save);
+  const std::vector<BezierKey>& keys = GetKeys();
+  save->WriteInt32(static_cast<std::int32_t>(keys.size()));
+  for (const BezierKey& key : keys) key.Save(save);
   save->EndChunk();
   save->BeginChunk(kDefaultValueChunk);
   save->WriteDouble(m_default_value);
@@ -127,9 +129,10 @@ int BezierController::Load(SceneLoad* load) {
         // Kept as is: a negative count is widened with its sign, so the resize asks for an
         // impossible size and throws std::length_error, which callers already expect from
         // the containers.
-        m_keys.resize(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(count)));
+        std::vector<BezierKey>& keys = MutableKeys();
+        keys.resize(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(count)));
         // A key chunk that is missing or of another kind leaves its key as it was.
-        for (BezierKey& key : m_keys) (void)key.Load(load);
+        for (BezierKey& key : keys) (void)key.Load(load);
         break;
       }
       case kDefaultValueChunk:
@@ -172,22 +175,24 @@ double EvaluateKeys(const std::vector<BezierKey>& keys, Time time) {
 
 double BezierController::GetFloat(int time) {
   // Without keys only time 0 gives the default value; any other time gives 0.0.
-  if (m_keys.empty()) return time == 0 ? m_default_value : 0.0;
-  return EvaluateKeys<int>(m_keys, time);
+  const std::vector<BezierKey>& keys = GetKeys();
+  if (keys.empty()) return time == 0 ? m_default_value : 0.0;
+  return EvaluateKeys<int>(keys, time);
 }
 
 double BezierController::GetKey(unsigned int time) const {
-  if (m_keys.empty()) return 0.0;
-  return EvaluateKeys<unsigned int>(m_keys, time);
+  const std::vector<BezierKey>& keys = GetKeys();
+  if (keys.empty()) return 0.0;
+  return EvaluateKeys<unsigned int>(keys, time);
 }
 
 void BezierController::SetFloat(int time, double value) {
-  if (m_keys.empty()) {
+  if (GetKeys().empty()) {
     if (time == 0) {
       m_default_value = value;
     } else {
       // The default value becomes the key at time 0.
-      m_keys = {BezierKey(0, m_default_value), BezierKey(time, value)};
+      MutableKeys() = {BezierKey(0, m_default_value), BezierKey(time, value)};
     }
   } else {
     InsertOrReplace(BezierKey(time, value));
@@ -198,26 +203,37 @@ void BezierController::SetFloat(int time, double value) {
 // Kept as is: unlike SetFloat, SetKey posts no event; callers that fill keys in bulk rely on
 // it.
 void BezierController::SetKey(BezierKey key) {
-  if (m_keys.empty() && key.time != 0) {
+  if (GetKeys().empty() && key.time != 0) {
     // The same two keys as SetFloat makes; the second key is already in place.
-    m_keys = {BezierKey(0, m_default_value), key};
+    MutableKeys() = {BezierKey(0, m_default_value), key};
     return;
   }
   InsertOrReplace(key);
 }
 
+const std::vector<BezierKey>& BezierController::GetKeys() const {
+  static const std::vector<BezierKey> kNoKeys;
+  return m_keys != nullptr ? *m_keys : kNoKeys;
+}
+
+std::vector<BezierKey>& BezierController::MutableKeys() {
+  if (m_keys == nullptr) m_keys = std::make_unique<std::vector<BezierKey>>();
+  return *m_keys;
+}
+
 void BezierController::InsertOrReplace(BezierKey key) {
-  for (auto it = m_keys.begin(); it != m_keys.end(); ++it) {
+  std::vector<BezierKey>& keys = MutableKeys();
+  for (auto it = keys.begin(); it != keys.end(); ++it) {
     if (it->time == key.time) {
       *it = key;
       return;
     }
     if (it->time > key.time) {
-      m_keys.insert(it, key);
+      keys.insert(it, key);
       return;
     }
   }
-  m_keys.push_back(key);
+  keys.push_back(key);
 }
 
 // ---- BezierControllerFactory ----

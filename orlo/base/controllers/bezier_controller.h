@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -93,17 +94,21 @@ class BezierController : public FloatController {
   void SetKey(BezierKey key);
 
   double GetDefaultValue() const { return m_default_value; }
-  const std::vector<BezierKey>& GetKeys() const { return m_keys; }
+  const std::vector<BezierKey>& GetKeys() const;
 
  private:
+  // Creates the key list when the controller has none yet.
+  std::vector<BezierKey>& MutableKeys();
+
   // Replaces the first key at the same time, inserts before the first later key, or appends.
   void InsertOrReplace(BezierKey key);
 
   double m_default_value = 0.0;
   // The setters keep one key per time in ascending order, except that the first key set on
   // an empty controller always follows the key (0, default value), even at a negative time.
-  // A loaded list keeps the file's order.
-  std::vector<BezierKey> m_keys;
+  // A loaded list keeps the file's order. Most controllers never get a key, so the list is
+  // only allocated with its first one; null means no keys.
+  std::unique_ptr<std::vector<BezierKey>> m_keys;
 };
 
 class BezierControllerFactory : public BlockFactory {

@@ -33,13 +33,11 @@ int Point3Controller::NumDependencies() const { return kNumSlots; }
 
 void Point3Controller::SetDependency(int index, Block* block) {
   if (!IsSlot(index)) return;
-  Component& component = m_components[index];
-  component.block = block;
-  component.controller = dynamic_cast<FloatController*>(block);
+  m_components[index].link.Set(block);
 }
 
 Block* Point3Controller::GetDependency(int index) const {
-  return IsSlot(index) ? m_components[index].block : nullptr;
+  return IsSlot(index) ? m_components[index].link.Raw() : nullptr;
 }
 
 std::string Point3Controller::GetDependencyName(int index) const {
@@ -55,7 +53,7 @@ Block* Point3Controller::Clone() {
   for (int i = 0; i < kNumSlots; ++i) clone->m_components[i].fallback = m_components[i].fallback;
   for (int i = 0; i < kNumSlots; ++i) {
     // A missing sub-controller stays missing in the clone.
-    if (Block* block = m_components[i].block) (void)clone->MakeDependencyByID(i, block->Clone());
+    if (Block* block = m_components[i].link.Raw()) (void)clone->MakeDependencyByID(i, block->Clone());
   }
   return clone;
 }
@@ -73,13 +71,13 @@ int Point3Controller::Load([[maybe_unused]] SceneLoad* load) {
 void Point3Controller::DeleteThis() { delete this; }
 
 double Point3Controller::GetComponent(const Component& component, int time) {
-  return component.controller != nullptr ? component.controller->GetFloat(time)
-                                         : component.fallback;
+  FloatController* controller = component.link.Get();
+  return controller != nullptr ? controller->GetFloat(time) : component.fallback;
 }
 
 bool Point3Controller::SetComponent(Component& component, int time, double value) {
-  if (component.controller != nullptr) {
-    component.controller->SetFloat(time, value);
+  if (FloatController* controller = component.link.Get()) {
+    controller->SetFloat(time, value);
     return false;
   }
   component.fallback = value;

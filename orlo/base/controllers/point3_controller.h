@@ -12,6 +12,7 @@
 #include <string>
 
 #include <orlo/base/block/block_factory.h>
+#include <orlo/base/block/internal/typed_slot.h>
 #include <orlo/base/controllers/controller.h>
 #include <orlo/support/point3.h>
 
@@ -68,11 +69,9 @@ class Point3Controller : public Controller {
   struct Component {
     // The value while there is no sub-controller.
     double fallback = 0.0;
-    // The block in the component's slot, as linked.
-    Block* block = nullptr;
-    // The same block when it is a scalar controller, else null: a slot filled from a
-    // corrupt file with another kind of block evaluates as if empty.
-    FloatController* controller = nullptr;
+    // The block in the component's slot, as linked, seen as a scalar controller when it is
+    // one: a slot filled from a corrupt file with another kind of block evaluates as if empty.
+    internal::TypedSlot<FloatController> link;
   };
 
   static double GetComponent(const Component& component, int time);

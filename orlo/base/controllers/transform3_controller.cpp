@@ -84,23 +84,21 @@ int Transform3Controller::NumDependencies() const { return kNumSlots; }
 void Transform3Controller::SetDependency(int index, Block* block) {
   if (!IsSlot(index)) return;
   if (index == kDataTableSlot) {
-    m_data_table_block = block;
-    m_data_table = dynamic_cast<DataTable*>(block);
+    m_data_table.Set(block);
     return;
   }
-  ControllerSlot& slot = m_controllers[index - kPositionSlot];
-  slot.block = block;
   auto* controller = dynamic_cast<Controller*>(block);
-  slot.point3 =
+  m_controllers[index - kPositionSlot].Set(
+      block,
       controller != nullptr && controller->GetControllerType() == Point3Controller::kControllerType
           ? dynamic_cast<Point3Controller*>(block)
-          : nullptr;
+          : nullptr);
 }
 
 Block* Transform3Controller::GetDependency(int index) const {
   if (!IsSlot(index)) return nullptr;
-  if (index == kDataTableSlot) return m_data_table_block;
-  return m_controllers[index - kPositionSlot].block;
+  if (index == kDataTableSlot) return m_data_table.Raw();
+  return m_controllers[index - kPositionSlot].Raw();
 }
 
 std::string Transform3Controller::GetDependencyName(int index) const {
@@ -112,7 +110,7 @@ unsigned Transform3Controller::GetDependencyType(int index) const {
   return index == kDataTableSlot ? kDataTableDependencyType : kControllerDependencyType;
 }
 
-DataTable* Transform3Controller::GetDataTable() const { return m_data_table; }
+DataTable* Transform3Controller::GetDataTable() const { return m_data_table.Get(); }
 
 Status Transform3Controller::SetDataTable(DataTable* table) {
   Status result;
@@ -127,7 +125,7 @@ Status Transform3Controller::SetDataTable(DataTable* table) {
 }
 
 void Transform3Controller::UpdateDataTable(bool) {
-  DataTable* table = m_data_table;
+  DataTable* table = m_data_table.Get();
   if (table == nullptr) return;
   for (int id = 0; id < kNumParameters; ++id) {
     // An id the table holds already is refused by the table and keeps its value.
@@ -154,11 +152,11 @@ Block* Transform3Controller::Clone() {
   auto* clone = new Transform3Controller(false);
   clone->m_matrix = m_matrix;
   for (int i = 0; i < 4; ++i) {
-    if (Block* block = m_controllers[i].block) {
+    if (Block* block = m_controllers[i].Raw()) {
       (void)clone->MakeDependencyByID(kPositionSlot + i, block->Clone());
     }
   }
-  if (m_data_table != nullptr) {
+  if (m_data_table.Get() != nullptr) {
     UpdateDataTable(false);
     Block* table_copy = GetDataTable()->Clone();
     if (auto* table = dynamic_cast<DataTable*>(table_copy)) (void)clone->SetDataTable(table);

@@ -15,6 +15,7 @@
 #include <string>
 
 #include <orlo/base/block/block_factory.h>
+#include <orlo/base/block/internal/typed_slot.h>
 #include <orlo/base/controllers/matrix3_controller.h>
 
 namespace Orlo {
@@ -94,24 +95,17 @@ class Transform3Controller : public Matrix3Controller {
     kNumSlots = 5,
   };
 
-  struct ControllerSlot {
-    // The block in the slot, as linked.
-    Block* block = nullptr;
-    // The same block when it is a three-component controller (type code 4), else null: a
-    // controller of another kind contributes nothing.
-    Point3Controller* point3 = nullptr;
-  };
-
   static bool IsSlot(int index) { return index >= 0 && index < kNumSlots; }
   // The usable three-component controller of a controller slot, or null.
-  Point3Controller* Point3At(int slot) const { return m_controllers[slot - kPositionSlot].point3; }
+  Point3Controller* Point3At(int slot) const { return m_controllers[slot - kPositionSlot].Get(); }
 
   Matrix3<double> m_matrix;
-  // Slots 1 to 4 in order: position, rotation, scale, shear.
-  ControllerSlot m_controllers[4];
-  // Slot 0 as linked, and the same block when it is a parameter table.
-  Block* m_data_table_block = nullptr;
-  DataTable* m_data_table = nullptr;
+  // Slots 1 to 4 in order: position, rotation, scale, shear; each block as linked, seen as a
+  // three-component controller only when it is one of type code 4 (a controller of another
+  // kind contributes nothing).
+  internal::TypedSlot<Point3Controller> m_controllers[4];
+  // Slot 0 as linked, seen as a parameter table when it is one.
+  internal::TypedSlot<DataTable> m_data_table;
 };
 
 class Transform3ControllerFactory : public BlockFactory {

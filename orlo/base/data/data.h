@@ -92,9 +92,10 @@ class Data : public Block {
   Data(const Data&) = default;
   Data& operator=(const Data&) = default;
 
-  int m_parameter_id;
   // Shared with every value of the same name: see SharedName.
   internal::SharedName m_name;
+  // Last, so that a value class can keep its element count in the padding after it.
+  int m_parameter_id;
 };
 
 }  // namespace Orlo

@@ -10,7 +10,7 @@ namespace Orlo {
 using internal::TruncateToInt;
 
 DataFloat::DataFloat(int id, double default_value, int size)
-    : DataArray(id, default_value, size), m_controllers(m_values.size(), nullptr) {}
+    : DataArray(id, default_value, size), m_controllers(static_cast<std::size_t>(GetSize())) {}
 
 std::string DataFloat::GetClassName() const { return "DataFloat"; }
 
@@ -20,7 +20,7 @@ int DataFloat::NumDependencies() const { return static_cast<int>(m_controllers.s
 
 void DataFloat::SetDependency(int index, Block* block) {
   if (index < 0 || index >= NumDependencies()) return;
-  m_controllers[static_cast<std::size_t>(index)] = block;
+  m_controllers.Set(static_cast<std::size_t>(index), block);
 }
 
 Block* DataFloat::GetDependency(int index) const {
@@ -79,7 +79,7 @@ void DataFloat::SetValue(double value, int, int index) { Store(index, value); }
 void DataFloat::ResizeForLoad(std::size_t count) {
   DataArray::ResizeForLoad(count);
   for (int i = NumDependencies() - 1; i >= static_cast<int>(count); --i) DeleteDependency(i);
-  m_controllers.resize(count, nullptr);
+  m_controllers.resize(count);
 }
 
 BlockType DataFloatFactory::GetBlockType() const { return DataFloat::m_block_type; }

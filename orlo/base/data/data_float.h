@@ -15,6 +15,7 @@
 #include <vector>
 
 #include <orlo/base/block/block_factory.h>
+#include <orlo/base/block/internal/block_list.h>
 #include <orlo/base/data/internal/data_array.h>
 
 namespace Orlo {
@@ -71,7 +72,7 @@ class DataFloat : public internal::DataArray<double> {
  private:
   // The controller slots. Kept as blocks: the scene reader may link any block here, and only
   // GetController looks for a controller.
-  std::vector<Block*> m_controllers;
+  internal::BlockList m_controllers;  // one slot per element at construction
 };
 
 class DataFloatFactory : public BlockFactory {

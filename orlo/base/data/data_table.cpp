@@ -42,12 +42,12 @@ void DataTable::SetDependency(int index, Block* block) {
   if (index < 0 || index >= NumDependencies()) return;
   // The one place a slot learns what it holds: a block that is not a data value stays in its
   // slot, so the graph can release it, but no by-id operation ever sees it.
-  m_slots[static_cast<std::size_t>(index)] = Slot{block, dynamic_cast<Data*>(block)};
+  m_slots[static_cast<std::size_t>(index)].Set(block);
 }
 
 Block* DataTable::GetDependency(int index) const {
   if (index < 0 || index >= NumDependencies()) return nullptr;
-  return m_slots[static_cast<std::size_t>(index)].block;
+  return m_slots[static_cast<std::size_t>(index)].Raw();
 }
 
 std::string DataTable::GetDependencyName(int index) const {
@@ -104,8 +104,9 @@ void DataTable::ProcessEvent(BlockEvent event) {
   // Indexed and re-read: a listener may change the table while the event travels.
   for (std::size_t s = 0; s < m_slots.size(); ++s) {
     const Slot& slot = m_slots[s];
-    if (slot.data == nullptr || slot.block != event.block) continue;
-    const int id = slot.data->GetParameterID();
+    const Data* data = slot.Get();
+    if (data == nullptr || slot.Raw() != event.block) continue;
+    const int id = data->GetParameterID();
     m_last_data_changed = id;
     PostEvent(BlockEvent(this, 3, id));
   }
@@ -116,7 +117,7 @@ void DataTable::ProcessEvent(BlockEvent event) {
 template <typename Member, typename Value>
 bool DataTable::AddData(int id, Value default_value, int size) {
   for (const Slot& slot : m_slots) {
-    if (slot.data != nullptr && slot.data->GetParameterID() == id) return false;
+    if (slot.Get() != nullptr && slot.Get()->GetParameterID() == id) return false;
   }
   const int index = NumDependencies();
   m_slots.emplace_back();
@@ -155,13 +156,13 @@ bool DataTable::AddDataString(int id, const std::string& default_value, int size
 void DataTable::UpdateIDToIndex() {
   int largest = -1;
   for (const Slot& slot : m_slots) {
-    if (slot.data != nullptr && slot.data->GetParameterID() > largest) {
-      largest = slot.data->GetParameterID();
+    if (slot.Get() != nullptr && slot.Get()->GetParameterID() > largest) {
+      largest = slot.Get()->GetParameterID();
     }
   }
   m_id_to_index.assign(static_cast<std::size_t>(largest) + 1, -1);
   for (std::size_t s = 0; s < m_slots.size(); ++s) {
-    const Data* data = m_slots[s].data;
+    const Data* data = m_slots[s].Get();
     if (data == nullptr || data->GetParameterID() < 0) continue;
     m_id_to_index[static_cast<std::size_t>(data->GetParameterID())] = static_cast<int>(s);
   }
@@ -173,12 +174,12 @@ Data* DataTable::GetData(int id) const {
   if (id < 0 || static_cast<std::size_t>(id) >= m_id_to_index.size()) return nullptr;
   const int slot = m_id_to_index[static_cast<std::size_t>(id)];
   if (slot < 0 || slot >= NumDependencies()) return nullptr;
-  return m_slots[static_cast<std::size_t>(slot)].data;
+  return m_slots[static_cast<std::size_t>(slot)].Get();
 }
 
 int DataTable::GetDataID(int slot) const {
   if (slot < 0 || slot >= NumDependencies()) return -1;
-  const Data* data = m_slots[static_cast<std::size_t>(slot)].data;
+  const Data* data = m_slots[static_cast<std::size_t>(slot)].Get();
   return data != nullptr ? data->GetParameterID() : -1;
 }
 
@@ -237,7 +238,7 @@ Status DataTable::Erase(int id, int index) {
 void DataTable::GetTimeInterval(TimeInterval& interval) const {
   interval = TimeInterval::Forever();
   for (const Slot& slot : m_slots) {
-    if (slot.data != nullptr) slot.data->GetTimeInterval(interval);
+    if (slot.Get() != nullptr) slot.Get()->GetTimeInterval(interval);
   }
 }
 

@@ -21,6 +21,7 @@
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_factory.h>
+#include <orlo/base/block/internal/typed_slot.h>
 #include <orlo/support/color.h>
 #include <orlo/support/point3.h>
 #include <orlo/support/status.h>
@@ -153,12 +154,9 @@ class DataTable : public Block {
   Status SetValue(int id, const char* value, int time, int index);
 
  private:
-  // A slot holds any block the graph put there; `data` is that block as a data value, or
-  // null when it is empty or not a data value (the scene reader links whatever a file says).
-  struct Slot {
-    Block* block = nullptr;
-    Data* data = nullptr;
-  };
+  // A slot holds any block the graph put there, seen as a data value when it is one (the
+  // scene reader links whatever a file says).
+  using Slot = internal::TypedSlot<Data>;
 
   template <typename Member, typename Value>
   bool AddData(int id, Value default_value, int size);

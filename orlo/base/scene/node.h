@@ -29,7 +29,7 @@
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/scene/flag_interface.h>
-#include <orlo/base/scene/internal/typed_slot.h>
+#include <orlo/base/block/internal/typed_slot.h>
 #include <orlo/support/color.h>
 #include <orlo/support/matrix3.h>
 

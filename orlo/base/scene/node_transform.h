@@ -16,7 +16,7 @@
 
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_factory.h>
-#include <orlo/base/scene/internal/typed_slot.h>
+#include <orlo/base/block/internal/typed_slot.h>
 
 namespace Orlo {
 

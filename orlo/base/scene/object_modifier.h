@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include <orlo/base/scene/internal/typed_slot.h>
+#include <orlo/base/block/internal/typed_slot.h>
 #include <orlo/base/scene/object.h>
 #include <orlo/support/matrix3.h>
 

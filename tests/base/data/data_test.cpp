@@ -507,6 +507,44 @@ TEST(DataTest, EraseRemovesOneElementMovesTheRestDownAndPostsNothing) {
   Release(data);
 }
 
+// One element is kept in the value itself and longer arrays on the heap; the elements come
+// through every change between the two forms, in both directions.
+TEST(DataTest, ElementsSurviveEveryResizeAndEraseBetweenOneAndManyElements) {
+  auto* data = new DataString(0, "d", 1);
+  auto elements = [data] {
+    std::vector<std::string> out;
+    for (int i = 0; i < data->GetSize(); ++i) out.push_back(data->GetString(0, i));
+    return out;
+  };
+  data->SetValue("a", 0, 0);
+  data->SetSize(3);
+  data->SetValue("b", 0, 1);
+  EXPECT_EQ(elements(), (std::vector<std::string>{"a", "b", "d"}));
+  data->Erase(0);
+  EXPECT_EQ(elements(), (std::vector<std::string>{"b", "d"}));
+  data->Erase(1);
+  EXPECT_EQ(elements(), (std::vector<std::string>{"b"}));
+  data->SetSize(2);
+  data->Erase(0);
+  EXPECT_EQ(elements(), (std::vector<std::string>{"d"}));
+  data->Erase(0);
+  EXPECT_EQ(data->GetSize(), 0);
+  data->SetSize(1);
+  EXPECT_EQ(elements(), (std::vector<std::string>{"d"}));
+  data->SetSize(0);
+  data->SetSize(4);
+  EXPECT_EQ(elements(), (std::vector<std::string>(4, "d")));
+  data->SetValue(std::string(100, 'x'), 0, 3);
+  Block* copy = data->Clone();
+  data->SetSize(1);
+  EXPECT_EQ(elements(), (std::vector<std::string>{"d"}));
+  auto* copied = static_cast<DataString*>(copy);
+  ASSERT_EQ(copied->GetSize(), 4);
+  EXPECT_EQ(copied->GetString(0, 3), std::string(100, 'x'));
+  Release(data);
+  Release(copied);
+}
+
 TEST(DataTest, NameIsEmptyByDefaultAndKeepsWhatIsSet) {
   auto* data = new DataColor(0, {}, 1);
   data->SetName("diffuse_color");

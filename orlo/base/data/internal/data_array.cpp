@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <new>
 #include <string>
+#include <utility>
 
 #include <orlo/support/scene_load.h>
 #include <orlo/support/scene_save.h>
@@ -138,6 +140,80 @@ struct ElementCodec<std::string> {
 }  // namespace
 
 template <typename T>
+DataArray<T>::DataArray(int id, T default_value, int size)
+    : Data(id), m_size(1), m_one(default_value), m_default(std::move(default_value)) {
+  if (size > 1) Resize(static_cast<std::size_t>(size));
+}
+
+template <typename T>
+DataArray<T>::DataArray(const DataArray& other)
+    : Data(other), m_size(1), m_one(other.m_default), m_default(other.m_default) {
+  CopyElementsOf(other);
+}
+
+template <typename T>
+DataArray<T>& DataArray<T>::operator=(const DataArray& other) {
+  if (this == &other) return *this;
+  Data::operator=(other);
+  m_default = other.m_default;
+  CopyElementsOf(other);
+  return *this;
+}
+
+template <typename T>
+DataArray<T>::~DataArray() {
+  FreeElements();
+}
+
+template <typename T>
+void DataArray<T>::FreeElements() {
+  if (IsInline()) {
+    m_one.~T();
+  } else {
+    delete[] m_many;
+  }
+}
+
+template <typename T>
+void DataArray<T>::Resize(std::size_t count) {
+  if (count == m_size) return;
+  if (count <= 1) {
+    T kept = m_size > 0 ? Elements()[0] : m_default;
+    FreeElements();
+    new (&m_one) T(std::move(kept));
+  } else {
+    auto* grown = new T[count];
+    const std::size_t kept = std::min<std::size_t>(m_size, count);
+    std::copy(Elements(), Elements() + kept, grown);
+    std::fill(grown + kept, grown + count, m_default);
+    FreeElements();
+    m_many = grown;
+  }
+  m_size = static_cast<std::uint32_t>(count);
+}
+
+template <typename T>
+void DataArray<T>::Erase(int index) {
+  assert(index >= 0 && index < GetSize());
+  if (index < 0 || index >= GetSize()) return;
+  if (m_size == 2) {
+    // Back to one element in the object.
+    T kept = std::move(m_many[index == 0 ? 1 : 0]);
+    delete[] m_many;
+    new (&m_one) T(std::move(kept));
+  } else if (m_size > 2) {
+    std::move(m_many + index + 1, m_many + m_size, m_many + index);
+  }
+  --m_size;
+}
+
+template <typename T>
+void DataArray<T>::CopyElementsOf(const DataArray& other) {
+  Resize(other.m_size);
+  std::copy(other.Elements(), other.Elements() + other.m_size, Elements());
+}
+
+template <typename T>
 int DataArray<T>::Save(SceneSave* save) {
   assert(save != nullptr);
   using Codec = ElementCodec<T>;
@@ -150,8 +226,9 @@ int DataArray<T>::Save(SceneSave* save) {
   save->EndChunk();
 
   save->BeginChunk(kValuesChunk);
-  save->WriteInt32(static_cast<std::int32_t>(m_values.size()));
-  for (std::size_t i = 0; i < m_values.size(); ++i) Codec::Write(save, m_values[i]);
+  save->WriteInt32(static_cast<std::int32_t>(m_size));
+  const T* elements = Elements();
+  for (std::size_t i = 0; i < m_size; ++i) Codec::Write(save, elements[i]);
   save->EndChunk();
   return 1;
 }
@@ -207,10 +284,11 @@ bool DataArray<T>::LoadValues(SceneLoad* load) {
   }
   const auto size = static_cast<std::size_t>(count);
   ResizeForLoad(size);
+  T* elements = Elements();
   for (std::size_t i = 0; i < size; ++i) {
     T value{};
     Codec::Read(load, value);
-    m_values[i] = std::move(value);
+    elements[i] = std::move(value);
   }
   return !load->HasError();
 }

@@ -9,6 +9,8 @@
 #pragma once
 
 #include <cassert>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,16 +53,10 @@ class DataArray : public Data {
 
   std::string GetName() const override { return m_name.Get(); }
   void SetName(const std::string& name) override { m_name = SharedName(name); }
-  int GetSize() const override { return static_cast<int>(m_values.size()); }
-  void SetSize(int size) override {
-    m_values.resize(size > 0 ? static_cast<std::size_t>(size) : 0, m_default);
-  }
+  int GetSize() const override { return static_cast<int>(m_size); }
+  void SetSize(int size) override { Resize(size > 0 ? static_cast<std::size_t>(size) : 0); }
   // Requires: 0 <= index < GetSize(); a release build ignores an index outside the elements.
-  void Erase(int index) override {
-    assert(index >= 0 && index < GetSize());
-    if (index < 0 || index >= GetSize()) return;
-    m_values.erase(m_values.begin() + index);
-  }
+  void Erase(int index) override;
   // Stored values do not depend on time, so they stay valid forever: the interval is left as
   // it is (narrowing it by the forever interval would change nothing).
   void GetTimeInterval(TimeInterval&) const override {}
@@ -97,19 +93,17 @@ class DataArray : public Data {
 
  protected:
   // A size below 1 is taken as 1; every element starts at the default.
-  DataArray(int id, T default_value, int size)
-      : Data(id),
-        m_values(size > 1 ? static_cast<std::size_t>(size) : 1, default_value),
-        m_default(std::move(default_value)) {}
-  DataArray(const DataArray&) = default;
-  DataArray& operator=(const DataArray&) = default;
+  DataArray(int id, T default_value, int size);
+  DataArray(const DataArray& other);
+  DataArray& operator=(const DataArray& other);
+  ~DataArray() override;
 
   // Requires: 0 <= index < GetSize(). A release build answers the default value instead of
   // reading outside the elements.
   T At(int index) const {
     assert(index >= 0 && index < GetSize());
     if (index < 0 || index >= GetSize()) return m_default;
-    return m_values[static_cast<std::size_t>(index)];
+    return Elements()[index];
   }
 
   // Stores one element, then tells the listeners and the table which element changed.
@@ -117,7 +111,7 @@ class DataArray : public Data {
   void Store(int index, T value) {
     assert(index >= 0 && index < GetSize());
     if (index < 0 || index >= GetSize()) return;
-    m_values[static_cast<std::size_t>(index)] = std::move(value);
+    Elements()[index] = std::move(value);
     PostEvent(BlockEvent(this, 3, index));
   }
 
@@ -125,22 +119,35 @@ class DataArray : public Data {
   template <typename Member>
   Member* CloneAs() const {
     auto* copy = new Member(m_parameter_id, m_default, GetSize());
-    copy->m_values = m_values;
+    copy->CopyElementsOf(*this);
     copy->m_name = m_name;
     return copy;
   }
 
   // Called by Load before it reads `count` elements; DataFloat resizes its controller slots
   // here as well.
-  virtual void ResizeForLoad(std::size_t count) { m_values.resize(count, m_default); }
-
-  // The elements; std::vector<bool> keeps booleans as a packed bit array.
-  std::vector<T> m_values;
-  T m_default;
+  virtual void ResizeForLoad(std::size_t count) { Resize(count); }
 
  private:
-  // Requires: load is not null.
+  // Nearly every value has one element, so one element lives in the object and only a longer
+  // array is allocated, exactly as long as the count. The count sits in the padding at the
+  // end of Data where the compiler allows it.
+  bool IsInline() const { return m_size <= 1; }
+  const T* Elements() const { return IsInline() ? &m_one : m_many; }
+  T* Elements() { return IsInline() ? &m_one : m_many; }
+  // Keeps the first `count` elements; new ones take the default value.
+  void Resize(std::size_t count);
+  void CopyElementsOf(const DataArray& other);
+  // Ends the current storage, leaving the count as it is.
+  void FreeElements();
   bool LoadValues(SceneLoad* load);
+
+  std::uint32_t m_size;
+  union {
+    T m_one;     // while m_size <= 1 (with 0 elements it holds an unused default)
+    T* m_many;   // otherwise, from new T[m_size]
+  };
+  T m_default;
 };
 
 extern template class DataArray<bool>;

@@ -6,6 +6,8 @@
 // graph keeps seeing, saving and releasing the raw block.
 #pragma once
 
+#include <cstdint>
+
 #include <orlo/base/block/block.h>
 
 namespace Orlo::internal {
@@ -13,16 +15,27 @@ namespace Orlo::internal {
 template <typename T>
 class TypedSlot {
  public:
-  void Set(Block* block) {
-    m_block = block;
-    m_typed = dynamic_cast<T*>(block);
+  void Set(Block* block) { Set(block, dynamic_cast<T*>(block)); }
+  // `typed` is `block` seen as a T, or null where the slot's owner will not use it as one.
+  void Set(Block* block, T* typed) {
+    m_word = typed != nullptr ? reinterpret_cast<std::uintptr_t>(typed) | kTyped
+                              : reinterpret_cast<std::uintptr_t>(block);
   }
-  Block* Raw() const { return m_block; }
-  T* Get() const { return m_typed; }
+  // Needs T complete: Block is a non-virtual base of every block class, and the cast finds
+  // the block inside the T.
+  Block* Raw() const {
+    if (T* typed = Get()) return static_cast<Block*>(typed);
+    return reinterpret_cast<Block*>(m_word);
+  }
+  T* Get() const {
+    return (m_word & kTyped) != 0 ? reinterpret_cast<T*>(m_word & ~kTyped) : nullptr;
+  }
 
  private:
-  Block* m_block = nullptr;
-  T* m_typed = nullptr;
+  // One word: the block seen as a T with the lowest bit set (always clear in an aligned
+  // object's address), or the block as linked when it is not a usable T.
+  static constexpr std::uintptr_t kTyped = 1;
+  std::uintptr_t m_word = 0;
 };
 
 // A clone of `source` as a T, or null when `source` is null. A clone that is not a T (a host

@@ -1,0 +1,67 @@
+// Defines BlockList, an ordered list of block pointers that takes one word.
+// Nearly every block has exactly one dependant, and nearly every scalar parameter has one
+// controller slot, so a list of one entry keeps it in the word itself; a longer list keeps its
+// entries in a heap array whose header holds their count and capacity, and the word points
+// to that array with its lowest bit set (blocks are aligned, so an entry never has it set).
+// The list does not own the blocks it names; entries may be null.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Orlo {
+class Block;
+}
+
+namespace Orlo::internal {
+
+class BlockList {
+ public:
+  BlockList() = default;
+  // `count` null entries.
+  explicit BlockList(std::size_t count);
+  BlockList(const BlockList& other);
+  BlockList& operator=(const BlockList& other);
+  ~BlockList() { Release(); }
+
+  std::size_t size() const;
+  bool empty() const { return size() == 0; }
+  Block* operator[](std::size_t index) const { return Entries()[index]; }
+  Block* front() const { return Entries()[0]; }
+  Block* const* begin() const { return Entries(); }
+  Block* const* end() const { return Entries() + size(); }
+
+  void Set(std::size_t index, Block* block) { Entries()[index] = block; }
+  void push_back(Block* block);
+  // Removes entry `index`; later entries move down by one.
+  void erase(std::size_t index);
+  // Removes every entry equal to `block`, keeping the order of the others; returns how many.
+  std::size_t erase_all(const Block* block);
+  // Keeps the first `count` entries, adding null entries up to `count`.
+  void resize(std::size_t count);
+  void clear() { Release(); }
+
+ private:
+  struct Heap {
+    std::uint32_t size;
+    std::uint32_t capacity;
+    Block** Entries() { return reinterpret_cast<Block**>(this + 1); }
+  };
+  static constexpr std::uintptr_t kHeapTag = 1;
+
+  bool IsInline() const { return (Word() & kHeapTag) == 0; }
+  std::uintptr_t Word() const { return reinterpret_cast<std::uintptr_t>(m_word); }
+  Heap* HeapPart() const { return reinterpret_cast<Heap*>(Word() & ~kHeapTag); }
+  Block* const* Entries() const;
+  Block** Entries();
+  static Heap* NewHeap(std::size_t capacity);
+  void SetHeap(Heap* heap) {
+    m_word = reinterpret_cast<Block*>(reinterpret_cast<std::uintptr_t>(heap) | kHeapTag);
+  }
+  void Release();
+
+  // The one entry, or the tagged heap pointer; the tag with no heap means empty.
+  Block* m_word = reinterpret_cast<Block*>(kHeapTag);
+};
+
+}  // namespace Orlo::internal
