@@ -112,7 +112,6 @@ Block& Block::operator=(const Block& other) {
   // outlives the copy's knowledge of it.
   for (Block* dependant : m_dependants) internal::IrregularLinks::Add(dependant, this);
   // The copy's dependants may change what the blocks below it can observe.
-  m_quiet_stamp = 0;
   ForgetQuietAnswers();
   return *this;
 }
@@ -130,6 +129,7 @@ Block::~Block() {
   if (m_noted_abandoned) leave(AbandonedBlocks());
   if (m_noted_candidate) leave(CollectCandidates());
   if (m_watched) internal::BlockWatch::Destroyed(this);
+  if (m_quiet_known) ForgetQuietAnswerOf(this);
 }
 
 void* Block::GetData() const {

@@ -52,13 +52,14 @@ class Block {
   static constexpr std::uint32_t kNoID = 0xFFFFFFFFu;
 
   Block()
-      : m_quiet_stamp(0),
-        m_send_events(1),
+      : m_send_events(1),
         m_has_listeners(0),
         m_has_data(0),
         m_noted_abandoned(0),
         m_noted_candidate(0),
-        m_watched(0) {}
+        m_watched(0),
+        m_quiet_known(0),
+        m_saved(0) {}
   // Copies every field as it stands, both lists included: a copy starts with the same
   // dependants and listeners as its source. Callers that clone blocks fix the relations.
   Block(const Block& other);
@@ -160,11 +161,12 @@ class Block {
   void SetData(void* data);
 
   // The block's number in the scene (kNoID when it has none) and its saved mark; assigned
-  // and reset by the engine when it numbers, saves and loads a scene.
+  // and reset by the engine when it numbers, saves and loads a scene. Only whether the mark
+  // is zero has a meaning, so it is kept as one bit: any non-zero mark reads back as 1.
   std::uint32_t GetID() const { return m_id; }
   void SetID(std::uint32_t id) { m_id = id; }
   int GetSaved() const { return m_saved; }
-  void SetSaved(int saved) { m_saved = saved; }
+  void SetSaved(int saved) { m_saved = saved != 0 ? 1 : 0; }
 
   // ---- The block's scene-file record ----
 
@@ -280,28 +282,31 @@ class Block {
   static void NoteNewDependant(Block* held, Block* dependant);
   // Drops every kept answer of IsQuiet.
   static void ForgetQuietAnswers();
+  // Drops the kept answers when one of them is about `block`, which is being destroyed.
+  static void ForgetQuietAnswerOf(const Block* block);
 
   // Every scene is made of many thousands of blocks, so a block keeps only what most blocks
-  // use: one back reference lives inside the list, and the host pointer and the listeners,
-  // which few blocks have, are kept beside the blocks (a flag says whether there are any).
+  // use: one back reference lives inside the list, and the host pointer, the listeners and
+  // the event walk's answers, which few blocks have, are kept beside the blocks (a flag says
+  // whether there are any).
 
   // One entry per link made to this block, duplicates included; not owning.
   internal::BlockList m_dependants;
-  // The last answer of IsQuiet in the low bit, and above it the generation of the graph's
-  // observers it was given in; an answer of an older generation is computed again.
-  std::uint64_t m_quiet_stamp : 58;
-  std::uint64_t m_send_events : 1;
+  std::uint32_t m_id = kNoID;
+  std::uint32_t m_send_events : 1;
   // Whether the block has an entry among the listener lists / the host pointers.
-  std::uint64_t m_has_listeners : 1;
-  std::uint64_t m_has_data : 1;
+  std::uint32_t m_has_listeners : 1;
+  std::uint32_t m_has_data : 1;
   // Whether the block waits in the list of abandoned blocks / of collect candidates that the
   // outermost operation goes through when it ends.
-  std::uint64_t m_noted_abandoned : 1;
-  std::uint64_t m_noted_candidate : 1;
+  std::uint32_t m_noted_abandoned : 1;
+  std::uint32_t m_noted_candidate : 1;
   // Whether weak references to the block wait to be nulled when it is destroyed.
-  std::uint64_t m_watched : 1;
-  std::uint32_t m_id = kNoID;
-  int m_saved = 0;
+  std::uint32_t m_watched : 1;
+  // Whether IsQuiet has kept an answer for the block (perhaps one forgotten since), which
+  // its destruction must drop: another block may get its address.
+  std::uint32_t m_quiet_known : 1;
+  std::uint32_t m_saved : 1;
 };
 
 }  // namespace Orlo

@@ -21,6 +21,7 @@
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_listener.h>
 #include <orlo/base/block/internal/irregular_links.h>
+#include <orlo/base/block/internal/quiet_answers.h>
 #include <orlo/base/block/internal/walk_path.h>
 
 namespace Orlo {
@@ -72,14 +73,10 @@ std::unordered_map<const Block*, std::vector<BlockListener*>>& ListenerLists() {
   return lists;
 }
 
-// The generation of the graph's observers: it moves on whenever a block may have gained an
-// observer above it, which makes every kept answer of IsQuiet stale.
-std::uint64_t g_observer_generation = 1;
-
-// The quiet stamp of an answer given now, without its answer bit; it fits the block's 58 bits
-// for the first 2^57 generations.
-std::uint64_t CurrentQuietStamp() {
-  return (g_observer_generation << 1) & ((std::uint64_t{1} << 58) - 1);
+// The answers of IsQuiet, kept until a block may have gained an observer above it.
+internal::QuietAnswers& KeptQuietAnswers() {
+  static internal::QuietAnswers answers;
+  return answers;
 }
 
 // Whether back references may close a cycle. Links never do; only the irregular pairs that
@@ -162,25 +159,33 @@ bool Block::RelaysEventsUnchanged() const { return false; }
 
 bool Block::ObservesEvents() const { return m_has_listeners || !RelaysEventsUnchanged(); }
 
-void Block::ForgetQuietAnswers() { ++g_observer_generation; }
+void Block::ForgetQuietAnswers() { KeptQuietAnswers().Forget(); }
+
+void Block::ForgetQuietAnswerOf(const Block* block) {
+  // Its answer would otherwise pass to the next block given the same address.
+  if (KeptQuietAnswers().Find(block) != internal::QuietAnswers::Answer::kUnknown) {
+    ForgetQuietAnswers();
+  }
+}
 
 void Block::NoteNewDependant(Block* held, Block* dependant) {
   if (dependant == nullptr) return;
   if (!dependant->ObservesEvents() && IsQuiet(dependant)) return;  // still nothing to observe
   // `held` and everything below it may now have an observer above. Nothing below a block known
   // to have one can have been found quiet, so that case needs no fresh answers.
-  const std::uint64_t current = CurrentQuietStamp();
-  if (held->m_quiet_stamp == current) return;
+  if (KeptQuietAnswers().Find(held) == internal::QuietAnswers::Answer::kObserved) return;
   ForgetQuietAnswers();
 }
 
 bool Block::IsQuiet(Block* block) {
-  const std::uint64_t current = CurrentQuietStamp();
-  auto known = [current](const Block* b) {
-    return (b->m_quiet_stamp & ~std::uint64_t{1}) == current;
+  using Answer = internal::QuietAnswers::Answer;
+  internal::QuietAnswers& answers = KeptQuietAnswers();
+  auto record = [&answers](Block* b, bool quiet) {
+    answers.Record(b, quiet);
+    b->m_quiet_known = 1;
   };
-  auto quiet = [](const Block* b) { return (b->m_quiet_stamp & 1) != 0; };
-  if (known(block)) return quiet(block);
+  const Answer kept = answers.Find(block);
+  if (kept != Answer::kUnknown) return kept == Answer::kQuiet;
   // Up through the dependants, depth first. The first block found to observe (or to close a
   // cycle of back references, taken as observing to be safe) makes every block on the current
   // path not quiet; a block whose dependants are all quiet is quiet.
@@ -194,20 +199,21 @@ bool Block::IsQuiet(Block* block) {
   while (!stack.empty()) {
     Frame& top = stack.back();
     if (top.next_dependant >= top.block->m_dependants.size()) {
-      top.block->m_quiet_stamp = current | 1;
+      record(top.block, true);
       stack.pop_back();
       path.Pop();
       continue;
     }
     Block* dependant = top.block->m_dependants[top.next_dependant++];
     if (dependant == nullptr) continue;
-    const bool observed = dependant->ObservesEvents() || (MayCycle() && path.Contains(dependant)) ||
-                          (known(dependant) && !quiet(dependant));
+    const Answer known = answers.Find(dependant);
+    const bool observed = known == Answer::kObserved || dependant->ObservesEvents() ||
+                          (MayCycle() && path.Contains(dependant));
     if (observed) {
-      for (const Frame& frame : stack) frame.block->m_quiet_stamp = current;
+      for (const Frame& frame : stack) record(frame.block, false);
       return false;
     }
-    if (known(dependant)) continue;
+    if (known == Answer::kQuiet) continue;
     stack.push_back({dependant, 0});
     path.Push(dependant);
   }

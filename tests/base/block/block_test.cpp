@@ -44,6 +44,17 @@ TEST_F(BlockTest, NewBlockHasDefaults) {
   EXPECT_TRUE(DependantsOf(&block).empty());
 }
 
+// The saved mark only says whether the block was written, so it is kept as one bit.
+TEST_F(BlockTest, AnyNonZeroSavedMarkReadsBackAsOne) {
+  TestBlock block("a");
+  for (int mark : {1, 5, -3}) {
+    block.SetSaved(mark);
+    EXPECT_EQ(block.GetSaved(), 1) << mark;
+    block.SetSaved(0);
+    EXPECT_EQ(block.GetSaved(), 0);
+  }
+}
+
 TEST_F(BlockTest, BaseVirtualsHaveTheirDefaults) {
   TestBlock block("a");
   EXPECT_EQ(block.GetDependencyType(0), 0u);
