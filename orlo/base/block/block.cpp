@@ -160,6 +160,10 @@ bool HoldsInSlot(const Block* holder, const Block* held) {
   return false;
 }
 
+// Lists up to this long are walked whole when a dependant lets go; longer ones take a shortcut
+// where the walk's result is known.
+constexpr std::size_t kFullScanLimit = 16;
+
 int CountSlotsHolding(const Block* holder, const Block* held) {
   int count = 0;
   const int num_slots = holder->NumDependencies();
@@ -383,18 +387,30 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
   // fewer entries than the dependant's other slots still holding this block. That also covers
   // a slot that never had an entry (an unlinked table entry): releasing it takes none of the
   // entries that the linked slots still need.
-  std::vector<std::size_t> taken;
-  std::size_t matching = 0;
-  for (std::size_t i = 0; i < m_dependants.size(); ++i) {
-    if (m_dependants[i] != dependant) continue;
-    ++matching;
-    if (taken.empty() || taken.back() + 1 != i) taken.push_back(i);
-  }
-  if (taken.empty()) return m_dependants.empty() ? Removal::kNeverHeld : Removal::kStillHeld;
   // A regular pair has one entry per slot, so taking one entry is right; only the slots of an
   // irregular pair or a walk that would take several entries need counting.
   const bool irregular =
       !internal::IrregularLinks::Empty() && internal::IrregularLinks::Contains(dependant, this);
+  if (!irregular && m_dependants.size() > kFullScanLimit && CountSlotsHolding(dependant, this) == 1) {
+    // A block held by many (a parent's transform, a shared material): the dependant's one slot
+    // has the one entry, so the walk would take the first match and nothing else. Finding it
+    // is enough, which keeps releasing all of them in link order linear.
+    Block* const* first = std::find(m_dependants.begin(), m_dependants.end(), dependant);
+    if (first != m_dependants.end()) {
+      m_dependants.erase(static_cast<std::size_t>(first - m_dependants.begin()));
+      return m_dependants.empty() ? Removal::kLostLast : Removal::kStillHeld;
+    }
+  }
+  std::vector<std::size_t> taken;
+  std::size_t matching = 0;
+  Block* const* entries = m_dependants.begin();
+  const std::size_t num_entries = m_dependants.size();
+  for (std::size_t i = 0; i < num_entries; ++i) {
+    if (entries[i] != dependant) continue;
+    ++matching;
+    if (taken.empty() || taken.back() + 1 != i) taken.push_back(i);
+  }
+  if (taken.empty()) return m_dependants.empty() ? Removal::kNeverHeld : Removal::kStillHeld;
   if (taken.size() > 1 || irregular) {
     const std::size_t still_held =
         static_cast<std::size_t>(std::max(CountSlotsHolding(dependant, this) - 1, 0));

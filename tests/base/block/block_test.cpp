@@ -1,5 +1,9 @@
 #include <orlo/base/block/block.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -337,6 +341,46 @@ TEST_F(BlockTest, RefusedCycleLeavesTheSlotItsOldBlockAndTheListenersAlone) {
   EXPECT_THAT(DependantsOf(a), ElementsAre(holder.Root()));
   EXPECT_TRUE(journal.entries.empty());
   k->RemoveBlockListener(&k_listener);
+}
+
+// A block held by many dependants (a parent's transform, a shared material) keeps the others
+// in link order whatever order they let go in, including a dependant holding it in two slots
+// and one that linked it twice through one slot.
+TEST_F(BlockTest, ABlockHeldByManyKeepsItsOtherDependantsInOrderAsTheyLetGo) {
+  for (int order = 0; order < 3; ++order) {
+    auto* shared = new TestBlock("shared", 0);
+    Holder keeps(shared);
+    std::vector<Block*> expected{keeps.Root()};
+    std::vector<TestBlock*> holders;
+    for (int i = 0; i < 40; ++i) {
+      holders.push_back(new TestBlock("h" + std::to_string(i), 2));
+      ASSERT_TRUE(holders.back()->MakeDependencyByID(0, shared).IsOk());
+      expected.push_back(holders.back());
+    }
+    // Holder 5 in both of its slots; holder 7 twice through slot 0.
+    ASSERT_TRUE(holders[5]->MakeDependencyByID(1, shared).IsOk());
+    expected.push_back(holders[5]);
+    ASSERT_TRUE(holders[7]->MakeDependencyByID(0, shared).IsOk());
+    expected.push_back(holders[7]);
+    ASSERT_EQ(DependantsOf(shared), expected);
+    std::vector<std::size_t> releases(holders.size());
+    for (std::size_t i = 0; i < releases.size(); ++i) {
+      releases[i] = order == 0 ? i : order == 1 ? releases.size() - 1 - i : (i * 17) % releases.size();
+    }
+    for (std::size_t index : releases) {
+      Block* holder = holders[index];
+      holder->DeleteDependency(0);
+      // The holder's first entry goes. Holder 7's two entries through one slot are not
+      // adjacent, so the walk takes both: its slot held the block once.
+      expected.erase(std::find(expected.begin(), expected.end(), holder));
+      if (index == 7) expected.erase(std::find(expected.begin(), expected.end(), holder));
+      ASSERT_EQ(DependantsOf(shared), expected) << "order " << order << ", holder " << index;
+    }
+    holders[5]->DeleteDependency(1);
+    expected.erase(std::find(expected.begin(), expected.end(), holders[5]));
+    EXPECT_EQ(DependantsOf(shared), expected);
+    for (TestBlock* holder : holders) holder->DeleteThisBlock(true);
+  }
 }
 
 TEST_F(BlockTest, EraseDependantFromTableOfTheLastDependantReleasesAndReportsIt) {

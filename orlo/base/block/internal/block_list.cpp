@@ -18,28 +18,10 @@ BlockList& BlockList::operator=(const BlockList& other) {
   return *this;
 }
 
-std::size_t BlockList::size() const {
-  if (IsInline()) return 1;
-  const Heap* heap = HeapPart();
-  return heap != nullptr ? heap->size : 0;
-}
-
-Block* const* BlockList::Entries() const {
-  if (IsInline()) return &m_word;
-  Heap* heap = HeapPart();
-  return heap != nullptr ? heap->Entries() : nullptr;
-}
-
-Block** BlockList::Entries() {
-  if (IsInline()) return &m_word;
-  Heap* heap = HeapPart();
-  return heap != nullptr ? heap->Entries() : nullptr;
-}
-
 BlockList::Heap* BlockList::NewHeap(std::size_t capacity) {
   void* memory = ::operator new(sizeof(Heap) + capacity * sizeof(Block*));
-  auto* heap = new (memory) Heap{0, static_cast<std::uint32_t>(capacity)};
-  std::uninitialized_fill_n(heap->Entries(), capacity, nullptr);
+  auto* heap = new (memory) Heap{0, static_cast<std::uint32_t>(capacity), 0, 0};
+  std::uninitialized_fill_n(heap->Storage(), capacity, nullptr);
   return heap;
 }
 
@@ -64,7 +46,13 @@ void BlockList::push_back(Block* block) {
     m_word = block;  // empty: the entry fits the word
     return;
   }
-  if (heap->size == heap->capacity) {
+  if (heap->start + heap->size == heap->capacity && heap->start >= heap->capacity / 2) {
+    // At least half the storage lies before the first entry: move the entries down to it.
+    std::copy(heap->Entries(), heap->Entries() + heap->size, heap->Storage());
+    std::fill(heap->Storage() + heap->size, heap->Storage() + heap->capacity, nullptr);
+    heap->start = 0;
+  }
+  if (heap->start + heap->size == heap->capacity) {
     Heap* grown = NewHeap(std::size_t{heap->capacity} * 2);
     std::copy(heap->Entries(), heap->Entries() + heap->size, grown->Entries());
     grown->size = heap->size;
@@ -83,7 +71,15 @@ void BlockList::erase(std::size_t index) {
   }
   Heap* heap = HeapPart();
   Block** entries = heap->Entries();
-  std::copy(entries + index + 1, entries + heap->size, entries + index);
+  if (index < heap->size / 2) {
+    // The nearer end moves: the entries before this one move up by one.
+    std::copy_backward(entries, entries + index, entries + index + 1);
+    entries[0] = nullptr;
+    ++heap->start;
+  } else {
+    std::copy(entries + index + 1, entries + heap->size, entries + index);
+    entries[heap->size - 1] = nullptr;
+  }
   --heap->size;
 }
 
@@ -116,7 +112,7 @@ void BlockList::resize(std::size_t count) {
     return;
   }
   Heap* heap = IsInline() ? nullptr : HeapPart();
-  if (heap != nullptr && count <= heap->capacity) {
+  if (heap != nullptr && heap->start + count <= heap->capacity) {
     Block** entries = heap->Entries();
     if (count > old_size) std::fill(entries + old_size, entries + count, nullptr);
     heap->size = static_cast<std::uint32_t>(count);

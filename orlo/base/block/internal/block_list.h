@@ -3,6 +3,8 @@
 // controller slot, so a list of one entry keeps it in the word itself; a longer list keeps its
 // entries in a heap array whose header holds their count and capacity, and the word points
 // to that array with its lowest bit set (blocks are aligned, so an entry never has it set).
+// The array may start past the beginning of its storage: the first entry is erased in
+// constant time, since a block's dependants usually let go of it in the order they linked.
 // The list does not own the blocks it names; entries may be null.
 #pragma once
 
@@ -24,7 +26,11 @@ class BlockList {
   BlockList& operator=(const BlockList& other);
   ~BlockList() { Release(); }
 
-  std::size_t size() const;
+  std::size_t size() const {
+    if (IsInline()) return 1;
+    const Heap* heap = HeapPart();
+    return heap != nullptr ? heap->size : 0;
+  }
   bool empty() const { return size() == 0; }
   Block* operator[](std::size_t index) const { return Entries()[index]; }
   Block* front() const { return Entries()[0]; }
@@ -44,16 +50,27 @@ class BlockList {
  private:
   struct Heap {
     std::uint32_t size;
-    std::uint32_t capacity;
-    Block** Entries() { return reinterpret_cast<Block**>(this + 1); }
+    std::uint32_t capacity;  // entries the storage holds, counted from its beginning
+    std::uint32_t start;     // where the first entry is
+    std::uint32_t unused;
+    Block** Storage() { return reinterpret_cast<Block**>(this + 1); }
+    Block** Entries() { return Storage() + start; }
   };
   static constexpr std::uintptr_t kHeapTag = 1;
 
   bool IsInline() const { return (Word() & kHeapTag) == 0; }
   std::uintptr_t Word() const { return reinterpret_cast<std::uintptr_t>(m_word); }
   Heap* HeapPart() const { return reinterpret_cast<Heap*>(Word() & ~kHeapTag); }
-  Block* const* Entries() const;
-  Block** Entries();
+  Block* const* Entries() const {
+    if (IsInline()) return &m_word;
+    Heap* heap = HeapPart();
+    return heap != nullptr ? heap->Entries() : nullptr;
+  }
+  Block** Entries() {
+    if (IsInline()) return &m_word;
+    Heap* heap = HeapPart();
+    return heap != nullptr ? heap->Entries() : nullptr;
+  }
   static Heap* NewHeap(std::size_t capacity);
   void SetHeap(Heap* heap) {
     m_word = reinterpret_cast<Block*>(reinterpret_cast<std::uintptr_t>(heap) | kHeapTag);
