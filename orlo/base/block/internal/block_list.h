@@ -32,12 +32,21 @@ class BlockList {
     return heap != nullptr ? heap->size : 0;
   }
   bool empty() const { return size() == 0; }
-  Block* operator[](std::size_t index) const { return Entries()[index]; }
-  Block* front() const { return Entries()[0]; }
+  // The inline entry is read as itself, never as an array: index 0 is the only one it has.
+  Block* operator[](std::size_t index) const {
+    return IsInline() ? m_word : HeapPart()->Entries()[index];
+  }
+  Block* front() const { return (*this)[0]; }
   Block* const* begin() const { return Entries(); }
   Block* const* end() const { return Entries() + size(); }
 
-  void Set(std::size_t index, Block* block) { Entries()[index] = block; }
+  void Set(std::size_t index, Block* block) {
+    if (IsInline()) {
+      m_word = block;
+    } else {
+      HeapPart()->Entries()[index] = block;
+    }
+  }
   void push_back(Block* block);
   // Removes entry `index`; later entries move down by one.
   void erase(std::size_t index);
