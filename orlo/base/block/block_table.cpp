@@ -1,7 +1,9 @@
 #include <orlo/base/block/block_table.h>
 
 #include <cassert>
+#include <cstdint>
 #include <typeinfo>
+#include <unordered_map>
 #include <vector>
 
 #include <orlo/base/block/internal/irregular_links.h>
@@ -32,11 +34,43 @@ class MuteScope {
   Block* m_block;
 };
 
+// Tables longer than this answer IsBlock from a count of their entries.
+constexpr std::size_t kCountedLength = 64;
+
+using EntryCounts = std::unordered_map<const Block*, std::uint32_t>;
+
+std::unordered_map<const BlockTable*, EntryCounts>& CountsOfLongTables() {
+  static std::unordered_map<const BlockTable*, EntryCounts> counts;
+  return counts;
+}
+
 }  // namespace
 
 BlockTable::BlockTable(bool) {}
 
-BlockTable::~BlockTable() { DeleteAllDependencies(); }
+BlockTable::~BlockTable() {
+  DeleteAllDependencies();
+  DropEntryCounts();
+}
+
+bool BlockTable::MayHaveEntryCounts() const {
+  // A class derived from the table may keep its entries its own way.
+  return m_blocks.size() > kCountedLength && typeid(*this) == typeid(BlockTable);
+}
+
+void BlockTable::CountStore(Block* old_entry, Block* new_entry) {
+  if (!MayHaveEntryCounts()) return;
+  auto found = CountsOfLongTables().find(this);
+  if (found == CountsOfLongTables().end()) return;
+  EntryCounts& counts = found->second;
+  auto old_count = counts.find(old_entry);
+  if (old_count != counts.end() && --old_count->second == 0) counts.erase(old_count);
+  ++counts[new_entry];
+}
+
+void BlockTable::DropEntryCounts() {
+  if (MayHaveEntryCounts()) CountsOfLongTables().erase(this);
+}
 
 std::string BlockTable::GetClassName() const { return "BlockTable"; }
 
@@ -45,7 +79,10 @@ BlockType BlockTable::GetBlockType() const { return m_block_type; }
 int BlockTable::NumDependencies() const { return static_cast<int>(m_blocks.size()); }
 
 void BlockTable::SetDependency(int index, Block* block) {
-  if (index >= 0 && index < NumDependencies()) m_blocks[static_cast<std::size_t>(index)] = block;
+  if (index < 0 || index >= NumDependencies()) return;
+  Block*& entry = m_blocks[static_cast<std::size_t>(index)];
+  CountStore(entry, block);
+  entry = block;
 }
 
 Block* BlockTable::GetDependency(int index) const { return GetBlock(index); }
@@ -65,13 +102,22 @@ Block* BlockTable::GetBlock(int index) const {
 }
 
 unsigned BlockTable::GetBlockId(Block* block) const {
+  if (MayHaveEntryCounts() && !IsBlock(block)) return kNotFound;
   for (std::size_t i = m_blocks.size(); i > 0; --i) {
     if (m_blocks[i - 1] == block) return static_cast<unsigned>(i - 1);
   }
   return kNotFound;
 }
 
-bool BlockTable::IsBlock(Block* block) const { return GetBlockId(block) != kNotFound; }
+bool BlockTable::IsBlock(Block* block) const {
+  if (!MayHaveEntryCounts()) return GetBlockId(block) != kNotFound;
+  auto [found, made] = CountsOfLongTables().try_emplace(this);
+  EntryCounts& counts = found->second;
+  if (made) {
+    for (const Block* entry : m_blocks) ++counts[entry];
+  }
+  return counts.count(block) != 0;
+}
 
 void BlockTable::Append(Block* block) {
   // The list grows by half its capacity, at least to the size it needs.
@@ -79,6 +125,9 @@ void BlockTable::Append(Block* block) {
     m_blocks.reserve(m_blocks.capacity() + m_blocks.capacity() / 2 + 1);
   }
   m_blocks.push_back(block);
+  if (!MayHaveEntryCounts()) return;
+  auto found = CountsOfLongTables().find(this);
+  if (found != CountsOfLongTables().end()) ++found->second[block];
 }
 
 void BlockTable::PushBack(Block* block) {
@@ -115,7 +164,10 @@ void BlockTable::Erase(int index) {
     if (index < 0 || index >= NumDependencies()) return;
     DeleteDependency(index);
     // Releasing the entry may have run code that reshaped the list.
-    if (index < NumDependencies()) m_blocks.erase(m_blocks.begin() + index);
+    if (index < NumDependencies()) {
+      DropEntryCounts();
+      m_blocks.erase(m_blocks.begin() + index);
+    }
   }
   PostEvent(2, index);
 }
@@ -137,6 +189,7 @@ void BlockTable::Erase(Block* block) {
       if (entry != block && entry != nullptr) continue;
       DeleteDependency(static_cast<int>(position));
       if (position < m_blocks.size()) {
+        DropEntryCounts();
         m_blocks.erase(m_blocks.begin() + static_cast<std::ptrdiff_t>(position));
       }
       removed = true;
@@ -173,7 +226,10 @@ void BlockTable::ShrinkTo(std::size_t count) {
       internal::ReleaseGuard running(this);
       last->DeleteThisBlock(true);
     }
-    if (m_blocks.size() > count) m_blocks.pop_back();
+    if (m_blocks.size() > count) {
+      DropEntryCounts();
+      m_blocks.pop_back();
+    }
   }
 }
 
@@ -186,6 +242,7 @@ void BlockTable::SetNumBlocks(int count) {
   if (wanted < m_blocks.size()) {
     ShrinkTo(wanted);
   } else {
+    DropEntryCounts();
     m_blocks.resize(wanted, nullptr);
   }
 }
@@ -280,6 +337,7 @@ int BlockTable::Load(SceneLoad* load) {
       if (count < m_blocks.size()) {
         ShrinkTo(count);
       } else {
+        DropEntryCounts();
         m_blocks.resize(count, nullptr);
       }
     }

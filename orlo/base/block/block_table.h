@@ -81,6 +81,15 @@ class BlockTable : public Block {
   void Append(Block* block);
   void ShrinkTo(std::size_t count);
 
+  // A long table answers IsBlock from a count of its entries, kept beside it, instead of
+  // walking them: adding children one by one to one parent would otherwise take quadratic
+  // time. The count is made at the first question and kept up by appends and stores; any
+  // other change drops it first (while the table is still long, which is what says that it
+  // may have one).
+  bool MayHaveEntryCounts() const;
+  void CountStore(Block* old_entry, Block* new_entry);
+  void DropEntryCounts();
+
   // The entries in order; the table's dependency slots.
   std::vector<Block*> m_blocks;
 };

@@ -1,5 +1,10 @@
 #include <orlo/base/block/block_table.h>
 
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -718,6 +723,71 @@ TEST_F(BlockTableTest, LoadReportsACorruptChunk) {
   SceneLoad load(bytes);
   EXPECT_EQ(table->Load(&load), 0);
   EXPECT_EQ(table->GetNumBlocks(), 0u);
+}
+
+}  // namespace
+}  // namespace Orlo
+
+namespace Orlo {
+namespace {
+
+// Where a naive walk would find `block`: the last position holding it.
+unsigned LastPositionOf(const BlockTable& table, Block* block) {
+  for (unsigned i = table.GetNumBlocks(); i > 0; --i) {
+    if (table.GetBlock(static_cast<int>(i - 1)) == block) return i - 1;
+  }
+  return BlockTable::kNotFound;
+}
+
+// A long table answers from a count of its entries; through every kind of change it gives the
+// answers of a walk over the entries.
+TEST(LongBlockTableTest, FindsEntriesAsAWalkWouldThroughEveryChange) {
+  auto* table = new BlockTable;
+  Holder holder(table);
+  // Each block is kept alive by a holder of its own, so that no change to the table destroys
+  // it while the test still names it.
+  std::vector<Block*> pool;
+  std::vector<std::unique_ptr<Holder>> keepers;
+  for (int i = 0; i < 40; ++i) {
+    pool.push_back(new TestBlock("b" + std::to_string(i), 0));
+    keepers.push_back(std::make_unique<Holder>(pool.back()));
+  }
+  std::mt19937 random(7);
+  auto any_block = [&]() -> Block* {
+    return random() % 8 == 0 ? nullptr : pool[random() % pool.size()];
+  };
+  for (int step = 0; step < 3000; ++step) {
+    const int size = static_cast<int>(table->GetNumBlocks());
+    switch (random() % 8) {
+      case 0:
+      case 1:
+      case 2:
+        table->PushBack(any_block());
+        break;
+      case 3:
+        if (size > 0) table->Erase(static_cast<int>(random() % size));
+        break;
+      case 4:
+        if (random() % 4 == 0) table->Erase(any_block());
+        break;
+      case 5:
+        if (size > 0) (void)table->SetBlock(static_cast<int>(random() % size), any_block());
+        break;
+      case 6:
+        table->SwapBlocks(any_block(), any_block());
+        break;
+      default:
+        // Growing only: shrinking destroys the dropped entries outright.
+        if (random() % 10 == 0) table->SetNumBlocks(size + static_cast<int>(random() % 20));
+        break;
+    }
+    for (int probe = 0; probe < 4; ++probe) {
+      Block* block = any_block();
+      ASSERT_EQ(table->GetBlockId(block), LastPositionOf(*table, block)) << "step " << step;
+      ASSERT_EQ(table->IsBlock(block), LastPositionOf(*table, block) != BlockTable::kNotFound);
+    }
+  }
+  EXPECT_GT(table->GetNumBlocks(), 64u);  // the count was in use
 }
 
 }  // namespace
