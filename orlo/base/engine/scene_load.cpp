@@ -348,6 +348,17 @@ Status SceneEngine::LoadScene(const char* path) {
     FreeLoadedBlocks();
     return status;
   }
+  // The engine owns the scene; a block of the file that holds it would take it along when
+  // it goes (as the blocks that nothing links to do below).
+  std::vector<Block*> holders;
+  main_scene->GetDependants(holders);
+  if (!holders.empty()) {
+    status.Set(Status::kFailed,
+               "SceneEngine::LoadScene : The first block of the file is held by another "
+               "block; the file is refused.");
+    FreeLoadedBlocks();
+    return status;
+  }
   // A walk that enters every block once per path would make this many visits. The passes
   // below fall back to one visit per block well before that matters, but the host's own
   // per-path walks of the scene would not: a graph past the bound is refused.

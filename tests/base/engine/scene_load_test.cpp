@@ -547,6 +547,19 @@ TEST_F(SceneEngineLoadTest, ANodeHierarchyThatListsNodesUnderSeveralParentsIsRef
   EXPECT_LT(elapsed, std::chrono::seconds(10));
 }
 
+// Nothing may hold the scene block: the engine owns it. Here a table that nothing links to
+// holds it, and releasing that table would take the scene with it.
+TEST_F(SceneEngineLoadTest, ASceneBlockHeldByAnotherBlockIsRefusedAndFreed) {
+  const Bytes file = MakeFile(2, {SceneBlock(0, {-1, -1, -1, -1}), TableBlock(1, {0})});
+  const Status status = engine.LoadScene(WriteFile("held.scene", file));
+  EXPECT_EQ(status.GetCode(), 2);
+  EXPECT_EQ(status.GetMessage(),
+            "SceneEngine::LoadScene : The first block of the file is held by another block; "
+            "the file is refused.");
+  EXPECT_EQ(engine.GetMainScene(), nullptr);
+  EXPECT_EQ(engine.GetMainNode(), nullptr);
+}
+
 TEST_F(SceneEngineLoadTest, AFileWhoseFirstBlockIsNotASceneIsRefused) {
   const Bytes file = MakeFile(2, {TableBlock(0, {1}), TableBlock(1, {})});
   const Status status = engine.LoadScene(WriteFile("table.scene", file));
