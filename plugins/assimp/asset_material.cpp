@@ -18,34 +18,7 @@ const Orlo::Color kBlack(0.0f, 0.0f, 0.0f);
 }  // namespace
 
 AssetMaterial::AssetMaterial(bool create_defaults) {
-  if (!create_defaults) return;
-  (void)SetDataTable(new Orlo::DataTable(true));  // a fresh table cannot be refused
-  UpdateDataTable(true);
-}
-
-void AssetMaterial::SetDependency(int index, Orlo::Block* block) {
-  if (index == 0) m_data_table = block;
-}
-
-Orlo::Block* AssetMaterial::GetDependency(int index) const {
-  return index == 0 ? m_data_table : nullptr;
-}
-
-std::string AssetMaterial::GetDependencyName(int index) const {
-  return index == 0 ? "data_table" : "no_dependency";
-}
-
-Orlo::DataTable* AssetMaterial::GetDataTable() const {
-  return Orlo::SceneEngine::IsDataTable(m_data_table) ? static_cast<Orlo::DataTable*>(m_data_table)
-                                                      : nullptr;
-}
-
-Orlo::Status AssetMaterial::SetDataTable(Orlo::DataTable* table) {
-  if (table != nullptr && !Orlo::SceneEngine::IsDataTable(table)) {
-    return Orlo::Status(Orlo::Status::kInvalidArgument,
-                        "AssetMaterial::SetDataTable : The block is not a valid data_table.");
-  }
-  return MakeDependencyByID(0, table);
+  if (create_defaults) CreateDataTable();
 }
 
 void AssetMaterial::UpdateDataTable(bool) {

@@ -19,11 +19,12 @@
 #include <orlo/base/scene/material.h>
 #include <orlo/support/color.h>
 
+#include "plugins/assimp/internal/table_slot_block.h"
 #include "plugins/assimp/plugin_types.h"
 
 namespace orlo_assimp {
 
-class AssetMaterial : public Orlo::Material {
+class AssetMaterial : public internal::TableSlotBlock<Orlo::Material> {
  public:
   static constexpr Orlo::BlockType m_block_type = kAssetMaterialType;
   static constexpr int kDiffuseColorID = 0;
@@ -40,15 +41,6 @@ class AssetMaterial : public Orlo::Material {
 
   std::string GetClassName() const override { return "AssetMaterial"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 1; }
-  void SetDependency(int index, Orlo::Block* block) override;
-  Orlo::Block* GetDependency(int index) const override;
-  std::string GetDependencyName(int index) const override;
-  unsigned GetDependencyType(int index) const override { return index == 0 ? 205 : 0; }
-  Orlo::DataTable* GetDataTable() const override;
-  // A block that is not a parameter table gives code 3, "AssetMaterial::SetDataTable : The
-  // block is not a valid data_table.".
-  Orlo::Status SetDataTable(Orlo::DataTable* table) override;
   // Adds the parameters the table lacks (so it also repairs a loaded table) and names them.
   void UpdateDataTable(bool create) override;
   // A new material with the name and a clone of the table.
@@ -88,7 +80,6 @@ class AssetMaterial : public Orlo::Material {
 
  private:
   std::string m_name;
-  Orlo::Block* m_data_table = nullptr;
 };
 
 }  // namespace orlo_assimp

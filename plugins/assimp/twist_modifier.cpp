@@ -12,34 +12,7 @@
 namespace orlo_assimp {
 
 TwistModifier::TwistModifier(bool create_defaults) {
-  if (!create_defaults) return;
-  (void)SetDataTable(new Orlo::DataTable(true));  // a fresh table cannot be refused
-  UpdateDataTable(true);
-}
-
-void TwistModifier::SetDependency(int index, Orlo::Block* block) {
-  if (index == 0) m_data_table = block;
-}
-
-Orlo::Block* TwistModifier::GetDependency(int index) const {
-  return index == 0 ? m_data_table : nullptr;
-}
-
-std::string TwistModifier::GetDependencyName(int index) const {
-  return index == 0 ? "data_table" : "no_dependency";
-}
-
-Orlo::DataTable* TwistModifier::GetDataTable() const {
-  return Orlo::SceneEngine::IsDataTable(m_data_table) ? static_cast<Orlo::DataTable*>(m_data_table)
-                                                      : nullptr;
-}
-
-Orlo::Status TwistModifier::SetDataTable(Orlo::DataTable* table) {
-  if (table != nullptr && !Orlo::SceneEngine::IsDataTable(table)) {
-    return Orlo::Status(Orlo::Status::kInvalidArgument,
-                        "TwistModifier::SetDataTable : The block is not a valid data_table.");
-  }
-  return MakeDependencyByID(0, table);
+  if (create_defaults) CreateDataTable();
 }
 
 void TwistModifier::UpdateDataTable(bool) {

@@ -17,11 +17,12 @@
 
 #include <orlo/base/scene/modifier.h>
 
+#include "plugins/assimp/internal/table_slot_block.h"
 #include "plugins/assimp/plugin_types.h"
 
 namespace orlo_assimp {
 
-class TwistModifier : public Orlo::Modifier {
+class TwistModifier : public internal::TableSlotBlock<Orlo::Modifier> {
  public:
   static constexpr Orlo::BlockType m_block_type = kTwistModifierType;
   static constexpr int kAngleID = 0;
@@ -32,15 +33,6 @@ class TwistModifier : public Orlo::Modifier {
 
   std::string GetClassName() const override { return "TwistModifier"; }
   Orlo::BlockType GetBlockType() const override { return m_block_type; }
-  int NumDependencies() const override { return 1; }
-  void SetDependency(int index, Orlo::Block* block) override;
-  Orlo::Block* GetDependency(int index) const override;
-  std::string GetDependencyName(int index) const override;
-  unsigned GetDependencyType(int index) const override { return index == 0 ? 205 : 0; }
-  Orlo::DataTable* GetDataTable() const override;
-  // A block that is not a parameter table gives code 3, "TwistModifier::SetDataTable : The
-  // block is not a valid data_table.".
-  Orlo::Status SetDataTable(Orlo::DataTable* table) override;
   // Adds the parameters the table lacks and names them.
   void UpdateDataTable(bool create) override;
   // A new modifier with the name, box, active flag and a clone of the table.
@@ -63,9 +55,6 @@ class TwistModifier : public Orlo::Modifier {
   // `point` twisted for an object whose points span [low, high] along the axis.
   static Orlo::Point3<double> Twist(Orlo::Point3<double> point, double angle, int axis, double low,
                                     double high);
-
- private:
-  Orlo::Block* m_data_table = nullptr;
 };
 
 }  // namespace orlo_assimp

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include <gtest/gtest.h>
+
+#include <orlo/base/scene/node.h>
+
 #include <assimp/material.h>
 #include <assimp/Exporter.hpp>
 
@@ -199,6 +203,17 @@ double MaxDifference(const Orlo::Matrix3<double>& a, const Orlo::Matrix3<double>
     for (int c = 0; c < 3; ++c) out = std::max(out, std::abs(a.m[r][c] - b.m[r][c]));
   }
   return out;
+}
+
+void ExpectAssetMatrices(Orlo::SceneEngine& engine) {
+  for (const char* name : {"base", "arm", "hand"}) {
+    Orlo::Node* node = engine.GetNodeByName(name);
+    ASSERT_NE(node, nullptr) << name;
+    for (std::int32_t time : kAssetTimes) {
+      EXPECT_LT(MaxDifference(node->GetAbsoluteTM(time), ExpectedAbsolute(name, time)), 1e-6)
+          << name << " at " << time;
+    }
+  }
 }
 
 }  // namespace orlo_assimp::testing

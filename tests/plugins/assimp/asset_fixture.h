@@ -18,6 +18,7 @@
 
 #include <assimp/scene.h>
 
+#include <orlo/base/engine/scene_engine.h>
 #include <orlo/support/matrix3.h>
 
 namespace orlo_assimp::testing {
@@ -39,5 +40,9 @@ Orlo::Matrix3<double> ExpectedAbsolute(const std::string& name, std::int32_t tim
 
 // The largest difference between two matrices' entries.
 double MaxDifference(const Orlo::Matrix3<double>& a, const Orlo::Matrix3<double>& b);
+
+// Expects the test asset's three nodes in `engine`, each with ExpectedAbsolute's matrix
+// (within 1e-6) at every time of kAssetTimes.
+void ExpectAssetMatrices(Orlo::SceneEngine& engine);
 
 }  // namespace orlo_assimp::testing

@@ -55,16 +55,7 @@ class AssetImportToolTest : public testing::PluginTest {
     EXPECT_EQ(MaterialName("arm"), "none");
     ASSERT_NE(engine.GetNodeByName("hand"), nullptr);
     EXPECT_NE(dynamic_cast<MeshObject*>(engine.GetNodeByName("hand")->GetObject()), nullptr);
-    for (const char* name : {"base", "arm", "hand"}) {
-      Node* node = engine.GetNodeByName(name);
-      ASSERT_NE(node, nullptr) << name;
-      for (std::int32_t time : testing::kAssetTimes) {
-        EXPECT_LT(testing::MaxDifference(node->GetAbsoluteTM(time),
-                                         testing::ExpectedAbsolute(name, time)),
-                  1e-6)
-            << name << " at " << time;
-      }
-    }
+    testing::ExpectAssetMatrices(engine);
   }
 };
 

@@ -53,16 +53,7 @@ TEST_F(OrloAssimpPluginTest, ConvertsAGltfAssetIntoASceneFile) {
   EXPECT_EQ(run.err, "");
   const Orlo::Status loaded = engine.LoadScene(PathOf("scene.orlo"));
   ASSERT_TRUE(loaded.IsOk()) << loaded.GetMessage();
-  for (const char* name : {"base", "arm", "hand"}) {
-    Orlo::Node* node = engine.GetNodeByName(name);
-    ASSERT_NE(node, nullptr) << name;
-    for (std::int32_t time : testing::kAssetTimes) {
-      EXPECT_LT(
-          testing::MaxDifference(node->GetAbsoluteTM(time), testing::ExpectedAbsolute(name, time)),
-          1e-6)
-          << name << " at " << time;
-    }
-  }
+  testing::ExpectAssetMatrices(engine);
   EXPECT_EQ(engine.GetNodeByName("arm")->GetParent(), engine.GetNodeByName("base"));
   EXPECT_NE(dynamic_cast<MeshObject*>(engine.GetNodeByName("hand")->GetObject()), nullptr);
 }
@@ -81,16 +72,7 @@ TEST_F(OrloAssimpPluginTest, ConvertsASceneFileIntoABinaryGltfAsset) {
   Orlo::SceneEngine::SetScene(&other);
   other.InitScene();
   ASSERT_TRUE(other.ImportScene(PathOf("out.glb")).IsOk());
-  for (const char* name : {"base", "arm", "hand"}) {
-    Orlo::Node* node = other.GetNodeByName(name);
-    ASSERT_NE(node, nullptr) << name;
-    for (std::int32_t time : testing::kAssetTimes) {
-      EXPECT_LT(
-          testing::MaxDifference(node->GetAbsoluteTM(time), testing::ExpectedAbsolute(name, time)),
-          1e-6)
-          << name << " at " << time;
-    }
-  }
+  testing::ExpectAssetMatrices(other);
   other.DeleteScene();
   Orlo::SceneEngine::SetScene(&engine);
 }
