@@ -116,6 +116,12 @@ void DataTable::ProcessEvent(BlockEvent event) {
 
 template <typename Member, typename Value>
 bool DataTable::AddData(int id, Value default_value, int size) {
+  // Refreshing a table asks for every id it holds again: the id map usually finds the holder
+  // at once. It may be stale (it is rebuilt only on request), so its answer is checked, and
+  // only a found holder spares the search.
+  if (const Data* mapped = GetData(id); mapped != nullptr && mapped->GetParameterID() == id) {
+    return false;
+  }
   for (const Slot& slot : m_slots) {
     if (slot.Get() != nullptr && slot.Get()->GetParameterID() == id) return false;
   }

@@ -306,6 +306,20 @@ TEST(DataTableTest, AStaleMapEntryWhoseSlotWasEmptiedFailsLikeAnUnknownId) {
   Release(table);
 }
 
+TEST(DataTableTest, AddingAnIdSearchesTheSlotsWhenTheMapIsStale) {
+  // The map still sends id 3 to the slot whose parameter now has id 7.
+  auto* table = new DataTable(true);
+  ASSERT_TRUE(table->AddDataInt(3, 0, 1));
+  table->GetData(3)->SetParameterID(7);
+  ASSERT_EQ(table->GetIDToIndex(), (std::vector<int>{-1, -1, -1, 0}));
+  EXPECT_FALSE(table->AddDataFloat(7, 1.0, 1));  // held, though the map does not know it
+  EXPECT_TRUE(table->AddDataFloat(3, 1.0, 1));   // the map's holder holds another id now
+  EXPECT_EQ(table->NumDependencies(), 2);
+  EXPECT_FALSE(table->AddDataFloat(3, 2.0, 1));  // the map was rebuilt by the add
+  EXPECT_EQ(table->GetFloat(3, 0, 0), 1.0);
+  Release(table);
+}
+
 // ---- Slots ----
 
 TEST(DataTableTest, SlotsOutsideTheTableReadAsNullAndAreIgnoredByTheRawStore) {

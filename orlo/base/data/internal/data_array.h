@@ -52,7 +52,11 @@ class DataArray : public Data {
   // ---- Storage ----
 
   std::string GetName() const override { return m_name.Get(); }
-  void SetName(const std::string& name) override { m_name = SharedName(name); }
+  void SetName(const std::string& name) override {
+    // Tables set the names of their parameters again at every refresh; the same name keeps
+    // its shared text.
+    if (m_name.Get() != name) m_name = SharedName(name);
+  }
   int GetSize() const override { return static_cast<int>(m_size); }
   void SetSize(int size) override { Resize(size > 0 ? static_cast<std::size_t>(size) : 0); }
   // Requires: 0 <= index < GetSize(); a release build ignores an index outside the elements.
