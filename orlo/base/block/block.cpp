@@ -323,8 +323,14 @@ Status Block::MakeDependencyByID(int index, Block* block) {
     result.Set(Status::kInvalidArgument, kCyclicDependency);
     return result;
   }
+  LinkAcyclic(index, block);
+  return result;
+}
+
+void Block::LinkAcyclic(int index, Block* block) {
+  OperationScope operation;
   Block* old = GetDependency(index);
-  // The cycle test above is the one MakeDependant would repeat; it cannot fail now.
+  // The caller's cycle test is the one MakeDependant would repeat; it cannot fail now.
   block->m_dependants.push_back(this);
   NoteNewDependant(block, this);
   if (old == block) {
@@ -338,7 +344,6 @@ Status Block::MakeDependencyByID(int index, Block* block) {
   }
   SetDependency(index, block);
   ProcessEvent(BlockEvent(this, 2, index));
-  return result;
 }
 
 void Block::DeleteDependency(int index) {

@@ -43,6 +43,7 @@ class SceneSave;
 
 namespace internal {
 class BlockWatch;
+class AcyclicLinks;
 }
 struct BlockLoadData;
 
@@ -239,6 +240,7 @@ class Block {
 
  private:
   friend class internal::BlockWatch;
+  friend class internal::AcyclicLinks;
 
   enum class Removal {
     kStillHeld,  // dependants remain
@@ -260,6 +262,9 @@ class Block {
   bool ShouldRelease(Block* dependant, Removal removal);
   // Whether `target` can be reached from `top` going down through the slots.
   static bool Reaches(const Block* top, const Block* target);
+  // MakeDependencyByID past its checks: `index` is one of the slots, `block` is neither null
+  // nor this block, and the link closes no cycle.
+  void LinkAcyclic(int index, Block* block);
   // Releases a block that has just lost its last dependant, and everything only it kept.
   static void ReleaseUnreferenced(Block* block);
   // Makes the other block of every irregular pair forget `dying`, which is about to be
