@@ -24,6 +24,7 @@
 #include <vector>
 
 #include <orlo/base/engine/block_load_data.h>
+#include <orlo/base/engine/internal/chunk_arena.h>
 #include <orlo/support/matrix3.h>
 #include <orlo/support/point3.h>
 #include <orlo/support/status.h>
@@ -43,6 +44,10 @@ class SceneLoad;
 class SceneSave;
 class StateContainer;
 class StateRecorder;
+
+namespace internal {
+class EventMute;
+}
 
 class SceneEngine {
  public:
@@ -346,9 +351,11 @@ class SceneEngine {
   MainScene* m_main_scene = nullptr;
   // The path of the file last saved or loaded.
   std::string m_scene_path;
-  // One record per block chunk while a file loads; empty otherwise. The records are the
-  // engine's; the blocks they name belong to the graph.
-  std::vector<std::unique_ptr<BlockLoadData>> m_block_load_data;
+  // One record per block chunk while a file loads (null for a chunk that made none); empty
+  // otherwise. The records are the engine's, made in m_block_load_arena; the blocks they name
+  // belong to the graph.
+  std::vector<BlockLoadData*> m_block_load_data;
+  internal::ChunkArena<BlockLoadData> m_block_load_arena;
   // The count of blocks numbered by the last SetBlockIDs; -1 before any.
   std::int32_t m_num_blocks = -1;
   // The block count read from the header of the file being loaded; -1 outside a load.
@@ -421,11 +428,17 @@ class SceneEngine {
   // Lets the loader's tests drive LoadBlocks on records they size themselves.
   friend class SceneLoadTestPeer;
 
+  // LoadBlocks, leaving every block it reads silenced in `mute` (LoadScene keeps them so
+  // until the scene is installed).
+  [[nodiscard]] Status LoadBlocks(SceneLoad* load, internal::EventMute& mute);
   // Frees the blocks of the current load records and forgets them: the load failed.
   void FreeLoadedBlocks();
   // The walk of UpdateDataTables(block), refreshing each block once per path or, when
   // `once_per_path` is false, once at its first visit.
-  void RefreshDataTables(Block* block, bool once_per_path);
+  // `numbered`, when given, lists the blocks of the scene by number as the numbering walk
+  // left them, which spares the once-per-block walk a hash set.
+  void RefreshDataTables(Block* block, bool once_per_path,
+                         const std::vector<Block*>* numbered = nullptr);
 };
 
 }  // namespace Orlo

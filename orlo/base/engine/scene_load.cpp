@@ -24,10 +24,13 @@
 #include <orlo/base/block/block.h>
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/block/block_paths.h>
+#include <orlo/base/block/internal/acyclic_links.h>
 #include <orlo/base/block/internal/block_index.h>
 #include <orlo/base/block/internal/saturating.h>
 #include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/engine/internal/block_marking.h>
+#include <orlo/base/engine/internal/event_mute.h>
+#include <orlo/base/engine/internal/numbered_set.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/engine/unknown_modifier.h>
 #include <orlo/base/engine/unknown_object.h>
@@ -86,36 +89,39 @@ Block* MakePlaceholder(std::uint32_t class_id) {
   }
 }
 
-// Whether the links the records name form a cycle (a block linked to itself included), by
-// peeling off, again and again, the records no remaining record links to.
-bool LinksFormCycle(const std::vector<std::unique_ptr<BlockLoadData>>& records,
-                    const std::vector<int>& record_of_id) {
-  const std::size_t n = records.size();
+bool HasOnlyEmptySlots(const Block* block) {
+  for (int i = 0; i < block->NumDependencies(); ++i) {
+    if (block->GetDependency(i) != nullptr) return false;
+  }
+  return true;
+}
+
+// The links between the records' blocks, record to record, in one flat array: the targets
+// of record i are targets[first[i]] .. targets[first[i + 1] - 1].
+struct RecordLinks {
+  std::vector<std::uint32_t> first;
+  std::vector<std::uint32_t> targets;
+};
+
+// Whether the links form a cycle (a block linked to itself included), by peeling off, again
+// and again, the records no remaining record links to.
+bool LinksFormCycle(const RecordLinks& links) {
+  const std::size_t n = links.first.size() - 1;
   std::vector<std::uint32_t> incoming(n, 0);
-  auto targets = [&](std::size_t i, auto&& visit) {
-    const BlockLoadData* record = records[i].get();
-    if (record == nullptr || record->block == nullptr) return;
-    for (std::int32_t k : record->dependency_ids) {
-      if (k < 0) continue;
-      const int target = record_of_id[static_cast<std::size_t>(k)];
-      if (target >= 0 && records[static_cast<std::size_t>(target)]->block != nullptr) {
-        visit(static_cast<std::size_t>(target));
-      }
-    }
-  };
-  for (std::size_t i = 0; i < n; ++i) targets(i, [&](std::size_t t) { ++incoming[t]; });
-  std::vector<std::size_t> ready;
+  for (std::uint32_t target : links.targets) ++incoming[target];
+  std::vector<std::uint32_t> ready;
   for (std::size_t i = 0; i < n; ++i) {
-    if (incoming[i] == 0) ready.push_back(i);
+    if (incoming[i] == 0) ready.push_back(static_cast<std::uint32_t>(i));
   }
   std::size_t peeled = 0;
   while (!ready.empty()) {
-    const std::size_t i = ready.back();
+    const std::uint32_t i = ready.back();
     ready.pop_back();
     ++peeled;
-    targets(i, [&](std::size_t t) {
-      if (--incoming[t] == 0) ready.push_back(t);
-    });
+    for (std::uint32_t e = links.first[i]; e < links.first[i + 1]; ++e) {
+      const std::uint32_t target = links.targets[e];
+      if (--incoming[target] == 0) ready.push_back(target);
+    }
   }
   return peeled != n;
 }
@@ -178,62 +184,14 @@ std::uint64_t CountNodeWalkVisits(Node* top) {
   return visits;
 }
 
-// Silences blocks for a while and lets them post again afterwards. A loaded graph has no
-// listener yet and its blocks hold no cache worth telling about, but a file can share blocks
-// along exponentially many paths, and every event a link or a post-load step posts would
-// climb each of them: while the file's blocks are linked and the post-load passes run, they
-// post nothing. Only blocks that were posting are silenced, and only they are given it back.
-class EventMute {
- public:
-  EventMute() = default;
-  EventMute(const EventMute&) = delete;
-  EventMute& operator=(const EventMute&) = delete;
-
-  void Add(Block* block) {
-    if (block == nullptr || !block->GetSendEvents()) return;
-    block->SetSendEvents(false);
-    m_muted.push_back(block);
-  }
-  // Lets every silenced block post again. Requires: none of them was destroyed.
-  void RestoreAll() {
-    for (Block* block : m_muted) block->SetSendEvents(true);
-    m_muted.clear();
-  }
-  // Lets the silenced blocks still reachable from `root` post again; the others may have been
-  // released meanwhile and are not touched.
-  void RestoreReachable(Block* root) {
-    internal::VisitedSet is_muted;
-    for (Block* block : m_muted) is_muted.Insert(block);  // not read: some may be gone
-    internal::VisitedSet seen;
-    seen.Insert(root);
-    std::vector<Block*> stack{root};
-    std::size_t restored = 0;
-    while (!stack.empty() && restored < m_muted.size()) {
-      Block* block = stack.back();
-      stack.pop_back();
-      if (is_muted.Contains(block)) {
-        block->SetSendEvents(true);
-        ++restored;
-      }
-      for (int i = 0; i < block->NumDependencies(); ++i) {
-        Block* dependency = block->GetDependency(i);
-        if (dependency != nullptr && seen.Insert(dependency)) stack.push_back(dependency);
-      }
-    }
-    m_muted.clear();
-  }
-
- private:
-  std::vector<Block*> m_muted;  // each once: a block is silenced only while it posts
-};
-
 // PostLoad on `root` and every block below it, once each, at its first visit in pre-order.
-void PostLoadOncePerBlock(Block* root) {
+// `numbered` lists the scene's blocks by number, as the numbering walk left them.
+void PostLoadOncePerBlock(Block* root, const std::vector<Block*>& numbered) {
   struct Frame {
     Block* block;
     int next_slot;
   };
-  internal::VisitedSet visited;
+  internal::NumberedSet visited(numbered);
   std::vector<Frame> stack;
   root->PostLoad();
   visited.Insert(root);
@@ -282,6 +240,14 @@ Status SceneEngine::LoadScene(const char* path) {
     (void)manager->AddDirectory(parent.empty() ? "." : parent.c_str());
   }
 
+  // The file's blocks are silenced from when each is read until the scene is installed and
+  // its post-load passes have run.
+  internal::EventMute mute;
+  // A failed load gives the blocks their events back, then frees them as any block is freed.
+  auto free_loaded_blocks = [&]() {
+    mute.RestoreAll();
+    FreeLoadedBlocks();
+  };
   bool blocks_read = false;
   if (load.OpenChunk() == SceneLoad::kChunkOpened && load.CurChunkID() == kSceneChunk &&
       load.OpenChunk() == SceneLoad::kChunkOpened && load.CurChunkID() == kHeaderChunk) {
@@ -302,7 +268,7 @@ Status SceneEngine::LoadScene(const char* path) {
       if (m_num_file_blocks != 0) {
         m_block_load_data.resize(static_cast<std::size_t>(m_num_file_blocks));
         try {
-          status = LoadBlocks(&load);
+          status = LoadBlocks(&load, mute);
         } catch (const std::length_error& error) {
           // A block's own reader may size a container by a number of the file that no
           // container can hold (a negative count, say): the file is broken, not the host.
@@ -323,7 +289,7 @@ Status SceneEngine::LoadScene(const char* path) {
   m_blocks_by_id.clear();
 
   if (status.GetCode() != 0) {
-    FreeLoadedBlocks();
+    free_loaded_blocks();
     return status;
   }
   if (m_block_load_data.empty()) {
@@ -345,7 +311,7 @@ Status SceneEngine::LoadScene(const char* path) {
   if (main_scene == nullptr) {
     status.Set(Status::kFailed,
                "SceneEngine::LoadScene : The first block of the file is not a scene.");
-    FreeLoadedBlocks();
+    free_loaded_blocks();
     return status;
   }
   // The engine owns the scene; a block of the file that holds it would take it along when
@@ -356,7 +322,7 @@ Status SceneEngine::LoadScene(const char* path) {
     status.Set(Status::kFailed,
                "SceneEngine::LoadScene : The first block of the file is held by another "
                "block; the file is refused.");
-    FreeLoadedBlocks();
+    free_loaded_blocks();
     return status;
   }
   // A walk that enters every block once per path would make this many visits. The passes
@@ -365,7 +331,9 @@ Status SceneEngine::LoadScene(const char* path) {
   // The scene is numbered here, as InitBlocks and then SetBlockIDs would number it (saving
   // numbers with the same walk), so that the count needs no index of its own; a refused
   // file's numbers go with its blocks.
-  const std::size_t num_reached = internal::MarkReachableInPreOrder(main_scene).size();
+  const std::vector<Block*> numbered =
+      internal::MarkReachableInPreOrder(main_scene, m_block_load_data.size());
+  const std::size_t num_reached = numbered.size();
   const PathTotals totals = CountPathTotalsOfNumbered(main_scene, num_reached);
   const std::uint64_t visits = totals.visits;
   if (visits > kMaxLoadPathVisits) {
@@ -373,7 +341,7 @@ Status SceneEngine::LoadScene(const char* path) {
                "SceneEngine::LoadScene : The scene's blocks are shared along "
                "more than " +
                    std::to_string(kMaxLoadPathVisits) + " paths; the file is refused.");
-    FreeLoadedBlocks();
+    free_loaded_blocks();
     return status;
   }
   // The parent pointers are set by a walk that enters a node once per path: a hierarchy that
@@ -388,22 +356,17 @@ Status SceneEngine::LoadScene(const char* path) {
                    std::to_string(node_visits) + " paths, more than " +
                    std::to_string(kMaxLoadVisitsPerBlock) +
                    " per block of the file; the file is refused.");
-    FreeLoadedBlocks();
+    free_loaded_blocks();
     return status;
   }
-  EventMute mute;
-  for (const auto& record : m_block_load_data) {
-    if (record != nullptr) mute.Add(record->block);
-  }
+  mute.NoteNumbers(numbered);
   // Blocks of the file that nothing links to and that are not the scene would be owned by
   // nobody once installed: they go now.
   // They are gathered first, as each release may free blocks further down the records.
   std::vector<Block*> orphans;
   for (const auto& record : m_block_load_data) {
     if (record == nullptr || record->block == nullptr || record->block == root) continue;
-    std::vector<Block*> dependants;
-    record->block->GetDependants(dependants);
-    if (dependants.empty()) orphans.push_back(record->block);
+    if (record->block->GetParentBlock() == nullptr) orphans.push_back(record->block);
   }
   DestroyBlockLoadData();
   for (Block* orphan : orphans) orphan->DeleteThisBlock(true);
@@ -420,7 +383,7 @@ Status SceneEngine::LoadScene(const char* path) {
   const bool once_per_path = totals.visits / kMaxLoadVisitsPerBlock <= totals.blocks;
   for (int i = 0; i < m_main_scene->NumDependencies(); ++i) {
     if (Block* dependency = m_main_scene->GetDependency(i)) {
-      RefreshDataTables(dependency, once_per_path);
+      RefreshDataTables(dependency, once_per_path, &numbered);
     }
   }
   const std::uint64_t num_blocks = static_cast<std::uint64_t>(m_num_blocks > 0 ? m_num_blocks : 1);
@@ -430,13 +393,20 @@ Status SceneEngine::LoadScene(const char* path) {
       if (Block* dependency = m_main_scene->GetDependency(i)) CallPostLoad(dependency);
     }
   } else {
-    PostLoadOncePerBlock(m_main_scene);
+    PostLoadOncePerBlock(m_main_scene, numbered);
   }
   mute.RestoreReachable(m_main_scene);
   return status;
 }
 
 Status SceneEngine::LoadBlocks(SceneLoad* load) {
+  internal::EventMute mute;
+  const Status status = LoadBlocks(load, mute);
+  mute.RestoreAll();
+  return status;
+}
+
+Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
   assert(load != nullptr && "LoadBlocks requires a reader");
   Status status;
   const std::size_t n = m_block_load_data.size();
@@ -444,9 +414,10 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
   const std::size_t num_ids = m_blocks_by_id.size();
   // Which record holds each saved number; -1 for none.
   std::vector<int> record_of_id(num_ids, -1);
+  mute.Reserve(n);
 
   for (std::size_t i = 0; i < n; ++i) {
-    m_block_load_data[i].reset();
+    m_block_load_data[i] = nullptr;
     if (load->OpenChunk() != SceneLoad::kChunkOpened) {
       // Nothing left, or broken framing: the caller reports the reader's error.
       load->CloseChunk();
@@ -456,7 +427,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
       load->CloseChunk();
       continue;
     }
-    auto record = std::make_unique<BlockLoadData>();
+    BlockLoadData* record = m_block_load_arena.New();
     if (load->OpenChunk() == SceneLoad::kChunkOpened) {
       if (load->CurChunkID() == kBlockInfoChunk) {
         std::uint32_t class_id = 0, super_class_id = 0, sub_id = 0;
@@ -473,13 +444,13 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
       status.Set(Status::kFailed, "SceneEngine::LoadBlocks : Block chunk " + std::to_string(i) +
                                       " has the number " + std::to_string(id) + ", outside 0 to " +
                                       std::to_string(num_ids - 1) + ".");
-      m_block_load_data[i] = std::move(record);
+      m_block_load_data[i] = record;
       return status;
     }
     if (record_of_id[static_cast<std::size_t>(id)] >= 0) {
       status.Set(Status::kFailed, "SceneEngine::LoadBlocks : Block chunk " + std::to_string(i) +
                                       " repeats the number " + std::to_string(id) + ".");
-      m_block_load_data[i] = std::move(record);
+      m_block_load_data[i] = record;
       return status;
     }
 
@@ -492,8 +463,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
       block = MakePlaceholder(record->block_type.class_id);
     }
     record->block = block;
-    BlockLoadData* raw_record = record.get();
-    m_block_load_data[i] = std::move(record);
+    m_block_load_data[i] = record;
     if (block != nullptr) {
       if (load->OpenChunk() == SceneLoad::kChunkOpened) {
         // The block's own result is deliberately not examined: blocks written for this
@@ -501,7 +471,9 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
         if (load->CurChunkID() == kBlockDataChunk) (void)block->Load(load);
         load->CloseChunk();
       }
-      (void)block->LoadBlockDependencies(load, raw_record);
+      (void)block->LoadBlockDependencies(load, record);
+      // Silenced as soon as it is read, while it is at hand.
+      mute.Add(block);
     }
     // A class without a placeholder gives no block: its data and links are skipped unread.
     record_of_id[static_cast<std::size_t>(id)] = static_cast<int>(i);
@@ -514,9 +486,12 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
   if (load->HasError()) return status;
 
   // Every link is checked before the first is made, so that a refused file leaves no block
-  // half linked.
+  // half linked; the links between blocks are gathered for the cycle test on the way.
+  RecordLinks links;
+  links.first.reserve(n + 1);
   for (std::size_t i = 0; i < n; ++i) {
-    const BlockLoadData* record = m_block_load_data[i].get();
+    links.first.push_back(static_cast<std::uint32_t>(links.targets.size()));
+    const BlockLoadData* record = m_block_load_data[i];
     if (record == nullptr || record->block == nullptr) continue;
     const std::size_t slots = static_cast<std::size_t>(record->block->NumDependencies());
     for (std::size_t j = 0; j < record->dependency_ids.size(); ++j) {
@@ -535,38 +510,50 @@ Status SceneEngine::LoadBlocks(SceneLoad* load) {
                                         std::to_string(record->id) + " " + problem + ".");
         return status;
       }
+      const int target = record_of_id[static_cast<std::size_t>(k)];
+      if (target >= 0 && m_blocks_by_id[static_cast<std::size_t>(k)] != nullptr) {
+        links.targets.push_back(static_cast<std::uint32_t>(target));
+      }
     }
   }
-  if (LinksFormCycle(m_block_load_data, record_of_id)) {
+  links.first.push_back(static_cast<std::uint32_t>(links.targets.size()));
+  if (LinksFormCycle(links)) {
     status.Set(Status::kFailed,
                "SceneEngine::LoadBlocks : The blocks' links form a cycle (a block reaches "
                "itself).");
     return status;
   }
-  EventMute mute;
-  for (const auto& record : m_block_load_data) {
-    if (record != nullptr) mute.Add(record->block);
-  }
+  // The test above covers every link between the file's blocks, so the links are made
+  // without MakeDependencyByID's own search for a cycle around each, which grows with the
+  // depth of the graph. A block whose own Load filled a slot holds something the test did
+  // not see: its links take the searching way.
   for (std::size_t i = 0; i < n; ++i) {
-    const BlockLoadData* record = m_block_load_data[i].get();
+    const BlockLoadData* record = m_block_load_data[i];
     if (record == nullptr || record->block == nullptr) continue;
+    Block* holder = record->block;
+    const bool slots_were_empty = HasOnlyEmptySlots(holder);
     for (std::size_t j = 0; j < record->dependency_ids.size(); ++j) {
       const std::int32_t k = record->dependency_ids[j];
       if (k == -1) continue;
       Block* target = m_blocks_by_id[static_cast<std::size_t>(k)];
       if (target == nullptr) continue;
-      const Status linked = record->block->MakeDependencyByID(static_cast<int>(j), target);
+      if (slots_were_empty) {
+        internal::AcyclicLinks::Link(holder, static_cast<int>(j), target);
+        continue;
+      }
+      const Status linked = holder->MakeDependencyByID(static_cast<int>(j), target);
       // The checks above leave nothing for the link to refuse.
       assert(linked.GetCode() == 0);
       (void)linked;
     }
   }
-  // Linking fresh slots releases nothing, so every record's block is still there.
-  mute.RestoreAll();
   return status;
 }
 
-void SceneEngine::DestroyBlockLoadData() { m_block_load_data.clear(); }
+void SceneEngine::DestroyBlockLoadData() {
+  m_block_load_data.clear();
+  m_block_load_arena.Clear();
+}
 
 void SceneEngine::FreeLoadedBlocks() {
   // The records' blocks form an acyclic graph (links are made only after the cycle check), so
@@ -577,9 +564,7 @@ void SceneEngine::FreeLoadedBlocks() {
   for (const auto& record : m_block_load_data) {
     if (record == nullptr || record->block == nullptr) continue;
     if (!seen.Insert(record->block)) continue;
-    std::vector<Block*> dependants;
-    record->block->GetDependants(dependants);
-    if (dependants.empty()) tops.push_back(record->block);
+    if (record->block->GetParentBlock() == nullptr) tops.push_back(record->block);
   }
   for (Block* top : tops) top->DeleteThisBlock(true);
   DestroyBlockLoadData();

@@ -11,6 +11,7 @@
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/controllers/matrix3_controller.h>
 #include <orlo/base/engine/internal/node_walk.h>
+#include <orlo/base/engine/internal/numbered_set.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/scene/main_scene.h>
 #include <orlo/base/scene/node.h>
@@ -152,25 +153,27 @@ void SceneEngine::UpdateDataTables(Block* block) {
   RefreshDataTables(block, totals.visits / kMaxVisitsPerBlock <= totals.blocks);
 }
 
-void SceneEngine::RefreshDataTables(Block* block, bool once_per_path) {
-  struct Frame {
-    Block* block;
-    int num_slots;  // read before the block's own refresh, as the walk has always done
-    int next_slot;
-  };
-  std::vector<Frame> stack;
+namespace {
+
+// The slot count is read before the block's own refresh, as the walk has always done.
+struct RefreshFrame {
+  Block* block;
+  int num_slots;
+  int next_slot;
+};
+
+RefreshFrame Refresh(Block* block) {
+  const int num_slots = block->NumDependencies();
+  block->UpdateDataTable(false);
+  return {block, num_slots, 0};
+}
+
+void RefreshOncePerPath(Block* block) {
+  std::vector<RefreshFrame> stack{Refresh(block)};
   internal::WalkPath path;
-  internal::VisitedSet refreshed;
-  auto enter = [&](Block* entered) {
-    if (!once_per_path && !refreshed.Insert(entered)) return;
-    const int num_slots = entered->NumDependencies();
-    entered->UpdateDataTable(false);
-    stack.push_back({entered, num_slots, 0});
-    path.Push(entered);
-  };
-  enter(block);
+  path.Push(block);
   while (!stack.empty()) {
-    Frame& frame = stack.back();
+    RefreshFrame& frame = stack.back();
     if (frame.next_slot >= frame.num_slots) {
       stack.pop_back();
       path.Pop();
@@ -178,7 +181,41 @@ void SceneEngine::RefreshDataTables(Block* block, bool once_per_path) {
     }
     Block* dependency = frame.block->GetDependency(frame.next_slot++);
     if (dependency == nullptr || path.Contains(dependency)) continue;
-    enter(dependency);
+    stack.push_back(Refresh(dependency));
+    path.Push(dependency);
+  }
+}
+
+template <typename Set>
+void RefreshOncePerBlock(Block* block, Set& refreshed) {
+  // Every block on the current path was refreshed on the way down, so the refreshed set
+  // keeps the walk out of cycles as the path would.
+  refreshed.Insert(block);
+  std::vector<RefreshFrame> stack{Refresh(block)};
+  while (!stack.empty()) {
+    RefreshFrame& frame = stack.back();
+    if (frame.next_slot >= frame.num_slots) {
+      stack.pop_back();
+      continue;
+    }
+    Block* dependency = frame.block->GetDependency(frame.next_slot++);
+    if (dependency == nullptr || !refreshed.Insert(dependency)) continue;
+    stack.push_back(Refresh(dependency));
+  }
+}
+
+}  // namespace
+
+void SceneEngine::RefreshDataTables(Block* block, bool once_per_path,
+                                    const std::vector<Block*>* numbered) {
+  if (once_per_path) {
+    RefreshOncePerPath(block);
+  } else if (numbered != nullptr) {
+    internal::NumberedSet refreshed(*numbered);
+    RefreshOncePerBlock(block, refreshed);
+  } else {
+    internal::VisitedSet refreshed;
+    RefreshOncePerBlock(block, refreshed);
   }
 }
 

@@ -52,7 +52,7 @@ class SceneLoadTestPeer {
     engine.m_block_load_data.resize(static_cast<std::size_t>(count));
     return engine.LoadBlocks(&load);
   }
-  static const std::vector<std::unique_ptr<BlockLoadData>>& Records(const SceneEngine& engine) {
+  static const std::vector<BlockLoadData*>& Records(const SceneEngine& engine) {
     return engine.m_block_load_data;
   }
   static const std::vector<Block*>& BlocksByID(const SceneEngine& engine) {
@@ -129,6 +129,45 @@ Bytes MakeFile(std::uint32_t count, const std::vector<FileBlock>& blocks) {
   }
   save.EndChunk();
   return save.TakeBytes();
+}
+
+// A block whose own Load puts a fresh block of its making in slot 0, as a plug-in block
+// may; its other slots are linked from the file.
+class SelfFillingBlock : public testing::TestBlock {
+ public:
+  static constexpr BlockType kType{901, 7, 7};
+  SelfFillingBlock() : TestBlock("self-filling") { SetType(kType); }
+  int Load(SceneLoad*) override {
+    (void)MakeDependencyByID(0, new testing::TestBlock("inner", 0));
+    return 1;
+  }
+};
+
+class SelfFillingBlockFactory : public BlockFactory {
+ public:
+  BlockType GetBlockType() const override { return SelfFillingBlock::kType; }
+  Block* GetBlock(bool) const override { return new SelfFillingBlock(); }
+  std::string GetName() const override { return "SelfFillingBlockFactory"; }
+};
+
+// Every block reachable from `root`, once each.
+std::vector<Block*> ReachableBlocks(Block* root) {
+  std::vector<Block*> reached{root};
+  std::vector<Block*> stack{root};
+  while (!stack.empty()) {
+    Block* block = stack.back();
+    stack.pop_back();
+    for (int i = 0; i < block->NumDependencies(); ++i) {
+      Block* dependency = block->GetDependency(i);
+      if (dependency == nullptr ||
+          std::find(reached.begin(), reached.end(), dependency) != reached.end()) {
+        continue;
+      }
+      reached.push_back(dependency);
+      stack.push_back(dependency);
+    }
+  }
+  return reached;
 }
 
 class SceneEngineLoadTest : public ::testing::Test {
@@ -872,6 +911,48 @@ TEST_F(SceneEngineLoadTest, MergingFromAPathDoesNothing) {
   (void)SavedBytes("first.scene");
   EXPECT_EQ(engine.MergeScene(PathOf("first.scene").c_str()), 0);
   EXPECT_EQ(engine.GetMainNode()->GetNumChildren(), 0);
+}
+
+TEST_F(SceneEngineLoadTest, EveryLoadedBlockPostsEventsAgainOnceTheSceneIsInstalled) {
+  // The blocks are silenced while they are read, linked and post-loaded.
+  Node* parent = AddNode("parent", nullptr);
+  AddNode("child", parent);
+  const std::string path = PathOf("events.scene");
+  ASSERT_TRUE(engine.SaveScene(path).IsOk());
+  const Status status = engine.LoadScene(path);
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  const std::vector<Block*> blocks = ReachableBlocks(engine.GetMainScene());
+  EXPECT_GT(blocks.size(), 100u);
+  for (Block* block : blocks) EXPECT_TRUE(block->GetSendEvents()) << block->GetClassName();
+
+  Node* loaded = engine.GetNodeByName("child");
+  ASSERT_NE(loaded, nullptr);
+  testing::RecordingListener listener;
+  loaded->AddBlockListener(&listener);
+  loaded->SetVisibility(0.5, 0);
+  EXPECT_FALSE(listener.events.empty());
+  loaded->RemoveBlockListener(&listener);
+}
+
+TEST_F(SceneEngineLoadTest, ABlockThatFillsASlotInItsOwnLoadKeepsItAndGetsTheFilesLinks) {
+  SceneEngine::AddBlockFactory(new SelfFillingBlockFactory());
+  FileBlock filling{901, 7, 7, 2, -1, {-1, 3}, true};
+  const Bytes file = MakeFile(4, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}), filling,
+                                  TableBlock(3, {})});
+  const Status status = engine.LoadScene(WriteFile("filling.scene", file));
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  Block* table = engine.GetMainScene()->GetDependency(2);
+  ASSERT_NE(table, nullptr);
+  auto* block = dynamic_cast<SelfFillingBlock*>(table->GetDependency(0));
+  ASSERT_NE(block, nullptr);
+  auto* inner = dynamic_cast<testing::TestBlock*>(block->GetDependency(0));
+  ASSERT_NE(inner, nullptr);
+  EXPECT_EQ(inner->Name(), "inner");
+  EXPECT_NE(dynamic_cast<BlockTable*>(block->GetDependency(1)), nullptr);
+  EXPECT_EQ(block->GetDependency(2), nullptr);
+  std::vector<Block*> holders;
+  block->GetDependency(1)->GetDependants(holders);
+  EXPECT_EQ(holders, std::vector<Block*>{block});
 }
 
 }  // namespace

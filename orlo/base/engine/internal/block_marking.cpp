@@ -7,13 +7,14 @@
 
 namespace Orlo::internal {
 
-std::vector<Block*> MarkReachableInPreOrder(Block* root) {
+std::vector<Block*> MarkReachableInPreOrder(Block* root, std::size_t expected) {
   assert(root != nullptr && "MarkReachableInPreOrder requires a root");
   struct Frame {
     Block* block;
     int next_slot;
   };
   std::vector<Block*> reached;
+  reached.reserve(expected);
   std::vector<Frame> stack;
   auto is_reached = [&reached](const Block* block) {
     const std::uint32_t id = block->GetID();

@@ -5,6 +5,7 @@
 // walked with the default call stack.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace Orlo {
@@ -18,7 +19,9 @@ namespace Orlo::internal {
 //
 // A block counts as reached when its number is its own position in the returned list, whatever
 // number it had before, so no other marking is needed.
+// `expected` is room reserved for the list up front (the loader knows about how many blocks
+// it made), sparing the regrowth of a list of millions.
 // Requires: root is not null.
-std::vector<Block*> MarkReachableInPreOrder(Block* root);
+std::vector<Block*> MarkReachableInPreOrder(Block* root, std::size_t expected = 0);
 
 }  // namespace Orlo::internal
