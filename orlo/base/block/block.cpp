@@ -396,7 +396,8 @@ Block::Removal Block::RemoveDependantEntries(Block* dependant) {
   // irregular pair or a walk that would take several entries need counting.
   const bool irregular =
       !internal::IrregularLinks::Empty() && internal::IrregularLinks::Contains(dependant, this);
-  if (!irregular && m_dependants.size() > kFullScanLimit && CountSlotsHolding(dependant, this) == 1) {
+  if (!irregular && m_dependants.size() > kFullScanLimit &&
+      CountSlotsHolding(dependant, this) == 1) {
     // A block held by many (a parent's transform, a shared material): the dependant's one slot
     // has the one entry, so the walk would take the first match and nothing else. Finding it
     // is enough, which keeps releasing all of them in link order linear.

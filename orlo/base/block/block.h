@@ -44,7 +44,7 @@ class SceneSave;
 namespace internal {
 class BlockWatch;
 class AcyclicLinks;
-}
+}  // namespace internal
 struct BlockLoadData;
 
 class Block {

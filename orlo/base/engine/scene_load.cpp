@@ -401,7 +401,14 @@ Status SceneEngine::LoadScene(const char* path) {
 
 Status SceneEngine::LoadBlocks(SceneLoad* load) {
   internal::EventMute mute;
-  const Status status = LoadBlocks(load, mute);
+  Status status;
+  try {
+    status = LoadBlocks(load, mute);
+  } catch (...) {
+    // A block's reader that throws leaves the blocks read so far alive and posting.
+    mute.RestoreAll();
+    throw;
+  }
   mute.RestoreAll();
   return status;
 }

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -168,6 +169,39 @@ std::vector<Block*> ReachableBlocks(Block* root) {
     }
   }
   return reached;
+}
+
+// A scene whose second block, a controller, asks for a key list no container can hold.
+Bytes FileWithAnImpossibleKeyCount() {
+  // | 0x05 scene | 0x10 count 2 | 0x15 scene block | 0x15 controller block |
+  // where the controller's payload is | 0x20 | 0x10 keys: count -1 |.
+  SceneSave save;
+  save.BeginChunk(0x05);
+  save.BeginChunk(0x10);
+  save.WriteUInt32(2);
+  save.EndChunk();
+  const Bytes scene_only = MakeFile(1, {SceneBlock(0, {-1, -1, 1, -1})});
+  const std::size_t skip = 12 + 12 + 4;
+  unsigned written = 0;
+  save.Write(scene_only.data() + skip, static_cast<unsigned>(scene_only.size() - skip), written);
+  save.BeginChunk(0x15);
+  save.BeginChunk(0x05);
+  save.WriteUInt32(300);
+  save.WriteUInt32(48);
+  save.WriteUInt32(16);
+  save.WriteInt32(1);
+  save.EndChunk();
+  save.BeginChunk(0x20);
+  save.BeginChunk(0x10);
+  save.WriteInt32(-1);
+  save.EndChunk();
+  save.EndChunk();
+  save.BeginChunk(0x10);
+  save.WriteInt32(0);
+  save.EndChunk();
+  save.EndChunk();
+  save.EndChunk();
+  return save.TakeBytes();
 }
 
 class SceneEngineLoadTest : public ::testing::Test {
@@ -645,36 +679,9 @@ TEST_F(SceneEngineLoadTest, ASavedSceneWithAnyOneByteChangedAlwaysReturnsAStatus
 }
 
 TEST_F(SceneEngineLoadTest, AKeyCountNoContainerCanHoldFailsTheLoadInsteadOfThrowing) {
-  // | 0x05 scene | 0x10 count 2 | 0x15 scene block | 0x15 controller block |
-  // where the controller's payload is | 0x20 | 0x10 keys: count -1 |.
-  SceneSave save;
-  save.BeginChunk(0x05);
-  save.BeginChunk(0x10);
-  save.WriteUInt32(2);
-  save.EndChunk();
-  const Bytes scene_only = MakeFile(1, {SceneBlock(0, {-1, -1, 1, -1})});
-  const std::size_t skip = 12 + 12 + 4;
-  unsigned written = 0;
-  save.Write(scene_only.data() + skip, static_cast<unsigned>(scene_only.size() - skip), written);
-  save.BeginChunk(0x15);
-  save.BeginChunk(0x05);
-  save.WriteUInt32(300);
-  save.WriteUInt32(48);
-  save.WriteUInt32(16);
-  save.WriteInt32(1);
-  save.EndChunk();
-  save.BeginChunk(0x20);
-  save.BeginChunk(0x10);
-  save.WriteInt32(-1);
-  save.EndChunk();
-  save.EndChunk();
-  save.BeginChunk(0x10);
-  save.WriteInt32(0);
-  save.EndChunk();
-  save.EndChunk();
-  save.EndChunk();
   Status status;
-  EXPECT_NO_THROW(status = engine.LoadScene(WriteFile("keys.scene", save.TakeBytes())));
+  EXPECT_NO_THROW(status =
+                      engine.LoadScene(WriteFile("keys.scene", FileWithAnImpossibleKeyCount())));
   EXPECT_EQ(status.GetCode(), 2);
   EXPECT_EQ(status.GetMessage().rfind("SceneEngine::LoadScene : A block's data asks for an "
                                       "impossible size (",
@@ -686,6 +693,18 @@ TEST_F(SceneEngineLoadTest, AKeyCountNoContainerCanHoldFailsTheLoadInsteadOfThro
 }
 
 // ---- LoadBlocks, step by step ----
+
+TEST_F(SceneEngineLoadTest, ABlockReaderThatThrowsLeavesTheBlocksReadSoFarPosting) {
+  // LoadBlocks silences each block it reads; called on its own, it lets the exception of a
+  // block's reader through and gives the blocks read before it their events back.
+  EXPECT_THROW((void)SceneLoadTestPeer::LoadBlocks(engine, FileWithAnImpossibleKeyCount()),
+               std::length_error);
+  const auto& records = SceneLoadTestPeer::Records(engine);
+  ASSERT_NE(records[0], nullptr);
+  ASSERT_NE(records[0]->block, nullptr);
+  EXPECT_TRUE(records[0]->block->GetSendEvents());
+  SceneLoadTestPeer::FreeLoadedBlocks(engine);
+}
 
 TEST_F(SceneEngineLoadTest, EachMissingClassGetsThePlaceholderOfItsFamilyOrNone) {
   const std::vector<std::uint32_t> class_ids{500, 505, 510, 515, 520, 800, 600, 700, 100};
@@ -937,8 +956,8 @@ TEST_F(SceneEngineLoadTest, EveryLoadedBlockPostsEventsAgainOnceTheSceneIsInstal
 TEST_F(SceneEngineLoadTest, ABlockThatFillsASlotInItsOwnLoadKeepsItAndGetsTheFilesLinks) {
   SceneEngine::AddBlockFactory(new SelfFillingBlockFactory());
   FileBlock filling{901, 7, 7, 2, -1, {-1, 3}, true};
-  const Bytes file = MakeFile(4, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}), filling,
-                                  TableBlock(3, {})});
+  const Bytes file =
+      MakeFile(4, {SceneBlock(0, {-1, -1, 1, -1}), TableBlock(1, {2}), filling, TableBlock(3, {})});
   const Status status = engine.LoadScene(WriteFile("filling.scene", file));
   ASSERT_TRUE(status.IsOk()) << status.GetMessage();
   Block* table = engine.GetMainScene()->GetDependency(2);

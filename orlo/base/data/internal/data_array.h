@@ -148,8 +148,8 @@ class DataArray : public Data {
 
   std::uint32_t m_size;
   union {
-    T m_one;     // while m_size <= 1 (with 0 elements it holds an unused default)
-    T* m_many;   // otherwise, from new T[m_size]
+    T m_one;    // while m_size <= 1 (with 0 elements it holds an unused default)
+    T* m_many;  // otherwise, from new T[m_size]
   };
   T m_default;
 };
