@@ -97,9 +97,10 @@ bool HasOnlyEmptySlots(const Block* block) {
 }
 
 // The links between the records' blocks, record to record, in one flat array: the targets
-// of record i are targets[first[i]] .. targets[first[i + 1] - 1].
+// of record i are targets[first[i]] .. targets[first[i + 1] - 1]. Record numbers fit 32 bits
+// (the header's count does); the count of links is bounded only by the file's size.
 struct RecordLinks {
-  std::vector<std::uint32_t> first;
+  std::vector<std::size_t> first;
   std::vector<std::uint32_t> targets;
 };
 
@@ -118,7 +119,7 @@ bool LinksFormCycle(const RecordLinks& links) {
     const std::uint32_t i = ready.back();
     ready.pop_back();
     ++peeled;
-    for (std::uint32_t e = links.first[i]; e < links.first[i + 1]; ++e) {
+    for (std::size_t e = links.first[i]; e < links.first[i + 1]; ++e) {
       const std::uint32_t target = links.targets[e];
       if (--incoming[target] == 0) ready.push_back(target);
     }
@@ -497,7 +498,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
   RecordLinks links;
   links.first.reserve(n + 1);
   for (std::size_t i = 0; i < n; ++i) {
-    links.first.push_back(static_cast<std::uint32_t>(links.targets.size()));
+    links.first.push_back(links.targets.size());
     const BlockLoadData* record = m_block_load_data[i];
     if (record == nullptr || record->block == nullptr) continue;
     const std::size_t slots = static_cast<std::size_t>(record->block->NumDependencies());
@@ -523,7 +524,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
       }
     }
   }
-  links.first.push_back(static_cast<std::uint32_t>(links.targets.size()));
+  links.first.push_back(links.targets.size());
   if (LinksFormCycle(links)) {
     status.Set(Status::kFailed,
                "SceneEngine::LoadBlocks : The blocks' links form a cycle (a block reaches "
