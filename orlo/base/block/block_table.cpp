@@ -44,6 +44,12 @@ std::unordered_map<const BlockTable*, EntryCounts>& CountsOfLongTables() {
   return counts;
 }
 
+// The counts kept for `table`, or null while none were made.
+EntryCounts* KeptCountsOf(const BlockTable* table) {
+  auto found = CountsOfLongTables().find(table);
+  return found != CountsOfLongTables().end() ? &found->second : nullptr;
+}
+
 }  // namespace
 
 BlockTable::BlockTable(bool) {}
@@ -60,12 +66,11 @@ bool BlockTable::MayHaveEntryCounts() const {
 
 void BlockTable::CountStore(Block* old_entry, Block* new_entry) {
   if (!MayHaveEntryCounts()) return;
-  auto found = CountsOfLongTables().find(this);
-  if (found == CountsOfLongTables().end()) return;
-  EntryCounts& counts = found->second;
-  auto old_count = counts.find(old_entry);
-  if (old_count != counts.end() && --old_count->second == 0) counts.erase(old_count);
-  ++counts[new_entry];
+  EntryCounts* counts = KeptCountsOf(this);
+  if (counts == nullptr) return;
+  auto old_count = counts->find(old_entry);
+  if (old_count != counts->end() && --old_count->second == 0) counts->erase(old_count);
+  ++(*counts)[new_entry];
 }
 
 void BlockTable::DropEntryCounts() {
@@ -126,8 +131,7 @@ void BlockTable::Append(Block* block) {
   }
   m_blocks.push_back(block);
   if (!MayHaveEntryCounts()) return;
-  auto found = CountsOfLongTables().find(this);
-  if (found != CountsOfLongTables().end()) ++found->second[block];
+  if (EntryCounts* counts = KeptCountsOf(this)) ++(*counts)[block];
 }
 
 void BlockTable::PushBack(Block* block) {

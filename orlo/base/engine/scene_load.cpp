@@ -12,10 +12,8 @@
 // into a freed graph.
 #include <cassert>
 #include <cstdint>
-#include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <boost/filesystem/operations.hpp>

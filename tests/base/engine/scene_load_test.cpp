@@ -151,26 +151,6 @@ class SelfFillingBlockFactory : public BlockFactory {
   std::string GetName() const override { return "SelfFillingBlockFactory"; }
 };
 
-// Every block reachable from `root`, once each.
-std::vector<Block*> ReachableBlocks(Block* root) {
-  std::vector<Block*> reached{root};
-  std::vector<Block*> stack{root};
-  while (!stack.empty()) {
-    Block* block = stack.back();
-    stack.pop_back();
-    for (int i = 0; i < block->NumDependencies(); ++i) {
-      Block* dependency = block->GetDependency(i);
-      if (dependency == nullptr ||
-          std::find(reached.begin(), reached.end(), dependency) != reached.end()) {
-        continue;
-      }
-      reached.push_back(dependency);
-      stack.push_back(dependency);
-    }
-  }
-  return reached;
-}
-
 // A scene whose second block, a controller, asks for a key list no container can hold.
 Bytes FileWithAnImpossibleKeyCount() {
   // | 0x05 scene | 0x10 count 2 | 0x15 scene block | 0x15 controller block |
@@ -940,7 +920,8 @@ TEST_F(SceneEngineLoadTest, EveryLoadedBlockPostsEventsAgainOnceTheSceneIsInstal
   ASSERT_TRUE(engine.SaveScene(path).IsOk());
   const Status status = engine.LoadScene(path);
   ASSERT_TRUE(status.IsOk()) << status.GetMessage();
-  const std::vector<Block*> blocks = ReachableBlocks(engine.GetMainScene());
+  std::vector<Block*> blocks;
+  engine.EnumBlocks(blocks);
   EXPECT_GT(blocks.size(), 100u);
   for (Block* block : blocks) EXPECT_TRUE(block->GetSendEvents()) << block->GetClassName();
 

@@ -18,7 +18,6 @@ void EventMute::RestoreAll() {
 }
 
 void EventMute::NoteNumbers(const std::vector<Block*>& numbered) {
-  m_numbered = &numbered;
   m_noted.emplace(numbered);
   for (Block* block : m_muted) m_noted->Insert(block);
   m_num_noted = m_muted.size();
@@ -27,7 +26,7 @@ void EventMute::NoteNumbers(const std::vector<Block*>& numbered) {
 
 void EventMute::RestoreReachable(Block* root) {
   assert(m_noted.has_value() && "RestoreReachable requires NoteNumbers first");
-  NumberedSet seen(*m_numbered);
+  NumberedSet seen(m_noted->Numbered());
   std::vector<Block*> stack{root};
   seen.Insert(root);
   std::size_t restored = 0;
@@ -44,7 +43,6 @@ void EventMute::RestoreReachable(Block* root) {
     }
   }
   m_noted.reset();
-  m_numbered = nullptr;
   m_num_noted = 0;
 }
 

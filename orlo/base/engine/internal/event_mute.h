@@ -42,7 +42,6 @@ class EventMute {
   std::vector<Block*> m_muted;  // each once: a block is silenced only while it posts
   // Once NoteNumbers has run: the silenced blocks, as pointers only (some may be gone).
   std::optional<NumberedSet> m_noted;
-  const std::vector<Block*>* m_numbered = nullptr;
   std::size_t m_num_noted = 0;
 };
 

@@ -23,6 +23,8 @@ class NumberedSet {
   explicit NumberedSet(const std::vector<Block*>& numbered)
       : m_numbered(numbered), m_bits(numbered.size(), false) {}
 
+  const std::vector<Block*>& Numbered() const { return m_numbered; }
+
   // The block's place in the numbering, or kUnnumbered.
   std::size_t NumberOf(const Block* block) const {
     const std::uint32_t id = block->GetID();
