@@ -44,6 +44,7 @@ class SceneLoad;
 class SceneSave;
 class StateContainer;
 class StateRecorder;
+struct PathTotals;
 
 namespace internal {
 class EventMute;
@@ -380,7 +381,9 @@ class SceneEngine {
   // Up to this many per-path visits per block, the post-load pass enters a shared block once
   // per path; past it (a deep chain of nodes, whose transforms each hold their parent's) each
   // block gets PostLoad once, at its first visit, as the table refresh does, so that loading
-  // stays linear in the file.
+  // stays linear in the file. These passes only matter to blocks of host classes: a scene
+  // made of the library's own classes alone gets one table refresh per block, and no
+  // PostLoad call, since theirs do nothing.
   static constexpr std::uint64_t kMaxLoadVisitsPerBlock = 16;
 
   // Replaces the scene by the one stored at `path`. A missing file gives code 2,
@@ -439,6 +442,10 @@ class SceneEngine {
   // left them, which spares the once-per-block walk a hash set.
   void RefreshDataTables(Block* block, bool once_per_path,
                          const std::vector<Block*>* numbered = nullptr);
+  // The table refresh and post-load passes over a freshly installed scene whose blocks
+  // `numbered` lists by number; `totals` are its per-path counts. True when the scene holds
+  // only the library's own classes, whose passes release no block.
+  bool RefreshAndPostLoad(const std::vector<Block*>& numbered, const PathTotals& totals);
 };
 
 }  // namespace Orlo

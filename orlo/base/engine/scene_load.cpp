@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <boost/filesystem/operations.hpp>
@@ -28,6 +29,7 @@
 #include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/engine/internal/block_marking.h>
 #include <orlo/base/engine/internal/event_mute.h>
+#include <orlo/base/engine/internal/library_classes.h>
 #include <orlo/base/engine/internal/numbered_set.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/engine/unknown_modifier.h>
@@ -60,14 +62,34 @@ constexpr const char* kFailedLoadingBlocks = "SceneEngine::LoadScene : Failed lo
 constexpr const char* kNoFactory =
     "SceneEngine::LoadBlocks : Couldn't find a factory for one or more blocks.";
 
-BlockFactory* FindFactory(const BlockType& type) {
-  const unsigned count = SceneEngine::GetNumBlockFactories();
-  for (unsigned i = 0; i < count; ++i) {
-    BlockFactory* factory = SceneEngine::GetBlockFactory(i);
-    if (factory != nullptr && factory->GetBlockType() == type) return factory;
+// The registered factories by the two numbers that tell block types apart, for the many
+// lookups of one load; the first registered of a type is the one found. Rebuilt when the
+// registry grows (a block's reader may register a factory).
+class FactoryIndex {
+ public:
+  BlockFactory* Find(const BlockType& type) {
+    if (m_num_indexed != SceneEngine::GetNumBlockFactories()) Rebuild();
+    const auto found = m_factories.find(KeyOf(type));
+    return found != m_factories.end() ? found->second : nullptr;
   }
-  return nullptr;
-}
+
+ private:
+  // Types compare by their last two numbers only.
+  static std::uint64_t KeyOf(const BlockType& type) {
+    return (std::uint64_t{type.super_class_id} << 32) | type.sub_id;
+  }
+  void Rebuild() {
+    m_num_indexed = SceneEngine::GetNumBlockFactories();
+    m_factories.clear();
+    for (unsigned i = 0; i < m_num_indexed; ++i) {
+      BlockFactory* factory = SceneEngine::GetBlockFactory(i);
+      if (factory != nullptr) m_factories.emplace(KeyOf(factory->GetBlockType()), factory);
+    }
+  }
+
+  std::unordered_map<std::uint64_t, BlockFactory*> m_factories;
+  unsigned m_num_indexed = 0;
+};
 
 // The placeholder for a block whose class has no factory, chosen by class id; null for a
 // class id that has none (a camera or a light, say).
@@ -375,10 +397,29 @@ Status SceneEngine::LoadScene(const char* path) {
   m_num_blocks = static_cast<std::int32_t>(num_reached);
   SetParentPointer(GetMainNode());
 
+  if (RefreshAndPostLoad(numbered, totals)) {
+    mute.RestoreNumbered();
+  } else {
+    // A post-load step of a host's class may have released blocks of the numbering.
+    mute.RestoreReachable(m_main_scene);
+  }
+  return status;
+}
+
+bool SceneEngine::RefreshAndPostLoad(const std::vector<Block*>& numbered,
+                                     const PathTotals& totals) {
+  m_main_scene->UpdateDataTable(false);
+  if (const auto refreshers = internal::TableRefreshersIfAllOfLibraryClasses(numbered)) {
+    // The library's own classes only: a repeated refresh adds nothing and PostLoad is
+    // Block's, which does nothing, so one refresh per block ends as the passes below would.
+    for (Block* block : *refreshers) {
+      if (block != m_main_scene) block->UpdateDataTable(false);
+    }
+    return true;
+  }
   // Each part of the scene is refreshed as UpdateDataTables would, once per path unless the
   // paths outnumber the blocks; the whole scene's counts decide for every part (a refresh
   // repeats without effect, so the tables end the same either way), sparing a count per part.
-  m_main_scene->UpdateDataTable(false);
   const bool once_per_path = totals.visits / kMaxLoadVisitsPerBlock <= totals.blocks;
   for (int i = 0; i < m_main_scene->NumDependencies(); ++i) {
     if (Block* dependency = m_main_scene->GetDependency(i)) {
@@ -386,7 +427,7 @@ Status SceneEngine::LoadScene(const char* path) {
     }
   }
   const std::uint64_t num_blocks = static_cast<std::uint64_t>(m_num_blocks > 0 ? m_num_blocks : 1);
-  if (visits <= kMaxLoadVisitsPerBlock * num_blocks) {
+  if (totals.visits <= kMaxLoadVisitsPerBlock * num_blocks) {
     m_main_scene->PostLoad();
     for (int i = 0; i < m_main_scene->NumDependencies(); ++i) {
       if (Block* dependency = m_main_scene->GetDependency(i)) CallPostLoad(dependency);
@@ -394,8 +435,7 @@ Status SceneEngine::LoadScene(const char* path) {
   } else {
     PostLoadOncePerBlock(m_main_scene, numbered);
   }
-  mute.RestoreReachable(m_main_scene);
-  return status;
+  return false;
 }
 
 Status SceneEngine::LoadBlocks(SceneLoad* load) {
@@ -421,6 +461,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
   // Which record holds each saved number; -1 for none.
   std::vector<int> record_of_id(num_ids, -1);
   mute.Reserve(n);
+  FactoryIndex factories;
 
   for (std::size_t i = 0; i < n; ++i) {
     m_block_load_data[i] = nullptr;
@@ -461,7 +502,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
     }
 
     Block* block = nullptr;
-    if (BlockFactory* factory = FindFactory(record->block_type)) {
+    if (BlockFactory* factory = factories.Find(record->block_type)) {
       block = factory->GetBlock(false);
     } else {
       // Only the first missing factory sets the message.

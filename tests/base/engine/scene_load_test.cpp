@@ -16,6 +16,7 @@
 #include <orlo/base/block/block_factory.h>
 #include <orlo/base/block/block_table.h>
 #include <orlo/base/controllers/matrix3_controller.h>
+#include <orlo/base/data/data_table.h>
 #include <orlo/base/engine/base_library.h>
 #include <orlo/base/engine/scene_engine.h>
 #include <orlo/base/engine/unknown_modifier.h>
@@ -953,6 +954,54 @@ TEST_F(SceneEngineLoadTest, ABlockThatFillsASlotInItsOwnLoadKeepsItAndGetsTheFil
   std::vector<Block*> holders;
   block->GetDependency(1)->GetDependants(holders);
   EXPECT_EQ(holders, std::vector<Block*>{block});
+}
+
+// A material of a host library that counts, across its instances, the post-load and table
+// refresh calls a load makes.
+class PassCountingMaterial : public testing::TestMaterial {
+ public:
+  static constexpr BlockType kType{405, 79, 1};
+  static inline int post_loads = 0;
+  static inline int refreshes = 0;
+  PassCountingMaterial() : TestMaterial("counting", kType) {}
+  int PostLoad() override {
+    ++post_loads;
+    return 0;
+  }
+  void UpdateDataTable(bool) override { ++refreshes; }
+};
+
+TEST_F(SceneEngineLoadTest, AHostBlockSharedByTwoNodesGetsPostLoadAndARefreshPerPath) {
+  auto* material = new PassCountingMaterial();
+  ASSERT_TRUE(AddNode("a", nullptr)->SetMaterial(material).IsOk());
+  ASSERT_TRUE(AddNode("b", nullptr)->SetMaterial(material).IsOk());
+  const std::string path = PathOf("counting.scene");
+  ASSERT_TRUE(engine.SaveScene(path).IsOk());
+  SceneEngine::AddBlockFactory(new SimpleFactory<PassCountingMaterial>());
+  PassCountingMaterial::post_loads = 0;
+  PassCountingMaterial::refreshes = 0;
+
+  const Status status = engine.LoadScene(path);
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  EXPECT_EQ(PassCountingMaterial::post_loads, 2);
+  EXPECT_EQ(PassCountingMaterial::refreshes, 2);
+  // The host's class sends the load down the per-path walks, after which the blocks are
+  // found for their events by a walk from the scene.
+  std::vector<Block*> blocks;
+  engine.EnumBlocks(blocks);
+  for (Block* block : blocks) EXPECT_TRUE(block->GetSendEvents()) << block->GetClassName();
+}
+
+TEST_F(SceneEngineLoadTest, TheTablesOfASceneOfLibraryBlocksAreRefreshedOnLoad) {
+  Node* node = AddNode("a", nullptr);
+  ASSERT_TRUE(node->GetDataTable()->SetDataName(Node::kHideID, "renamed"));
+  const std::string path = PathOf("renamed.scene");
+  ASSERT_TRUE(engine.SaveScene(path).IsOk());
+  const Status status = engine.LoadScene(path);
+  ASSERT_TRUE(status.IsOk()) << status.GetMessage();
+  Node* loaded = engine.GetNodeByName("a");
+  ASSERT_NE(loaded, nullptr);
+  EXPECT_EQ(loaded->GetDataTable()->GetDataName(Node::kHideID), "hide");
 }
 
 }  // namespace

@@ -46,4 +46,13 @@ void EventMute::RestoreReachable(Block* root) {
   m_num_noted = 0;
 }
 
+void EventMute::RestoreNumbered() {
+  assert(m_noted.has_value() && "RestoreNumbered requires NoteNumbers first");
+  for (Block* block : m_noted->Numbered()) {
+    if (m_noted->Contains(block)) block->SetSendEvents(true);
+  }
+  m_noted.reset();
+  m_num_noted = 0;
+}
+
 }  // namespace Orlo::internal

@@ -37,6 +37,9 @@ class EventMute {
   // Lets the silenced blocks still reachable from `root` post again; the others may have been
   // released meanwhile and are not touched. Requires: NoteNumbers was called.
   void RestoreReachable(Block* root);
+  // Lets the silenced blocks of the numbering post again, without a walk. Requires:
+  // NoteNumbers was called, and every block of the numbering is still alive.
+  void RestoreNumbered();
 
  private:
   std::vector<Block*> m_muted;  // each once: a block is silenced only while it posts
