@@ -10,6 +10,7 @@
 #include <orlo/base/block/internal/visited_set.h>
 #include <orlo/base/block/internal/walk_path.h>
 #include <orlo/base/controllers/matrix3_controller.h>
+#include <orlo/base/engine/internal/child_warmer.h>
 #include <orlo/base/engine/internal/node_walk.h>
 #include <orlo/base/engine/internal/numbered_set.h>
 #include <orlo/base/engine/scene_engine.h>
@@ -106,6 +107,7 @@ void SceneEngine::GetAbsoluteTMs(int time, std::vector<NodeMatrix>& out) {
   };
   std::vector<Frame> stack;
   internal::WalkPath path;
+  internal::ChildWarmer warmer;
   auto enter = [&](Node* node, const Matrix3<double>& matrix) {
     out.push_back({node, matrix});
     stack.push_back({node, node->GetChildren(), out.size() - 1, 0});
@@ -121,6 +123,8 @@ void SceneEngine::GetAbsoluteTMs(int time, std::vector<NodeMatrix>& out) {
       path.Pop();
       continue;
     }
+    if (frame.next_child % internal::ChildWarmer::kBatch == 0)
+      warmer.Warm(*frame.children, frame.next_child);
     auto* child = dynamic_cast<Node*>(frame.children->GetBlock(frame.next_child++));
     if (child == nullptr || path.Contains(child)) continue;
     // GetAbsoluteTM follows the node's parent pointer. That is the node whose children table
