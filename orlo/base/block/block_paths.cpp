@@ -112,8 +112,9 @@ class IdNumbering {
   std::vector<bool> m_met;
 };
 
+// `expected` is the number of blocks the walk will meet, when known (0 otherwise).
 template <typename Numbering>
-PathTotals SumPathsFrom(const Block* root, Numbering& numbering) {
+PathTotals SumPathsFrom(const Block* root, Numbering& numbering, std::size_t expected) {
   // The paths from root are the paths that start at root. The paths that start at a block are
   // the block alone and, for each slot, those that start at the block in it; they are summed
   // as the walk leaves each block, when every block below it is done. A slot holding a block
@@ -124,6 +125,7 @@ PathTotals SumPathsFrom(const Block* root, Numbering& numbering) {
     std::uint64_t paths;
   };
   std::vector<std::uint64_t> paths_from;  // by number; 0 while the block is on the path
+  paths_from.reserve(expected);
   auto at = [&paths_from](std::uint32_t number) -> std::uint64_t& {
     if (number >= paths_from.size()) paths_from.resize(number + std::size_t{1}, 0);
     return paths_from[number];
@@ -161,13 +163,13 @@ PathTotals SumPathsFrom(const Block* root, Numbering& numbering) {
 PathTotals CountPathTotals(const Block* root) {
   assert(root != nullptr);
   IndexNumbering numbering;
-  return SumPathsFrom(root, numbering);
+  return SumPathsFrom(root, numbering, 0);
 }
 
 PathTotals CountPathTotalsOfNumbered(const Block* root, std::size_t count) {
   assert(root != nullptr);
   IdNumbering numbering(count);
-  return SumPathsFrom(root, numbering);
+  return SumPathsFrom(root, numbering, count);
 }
 
 std::uint64_t CountPerPathVisits(const Block* root) { return CountPathTotals(root).visits; }

@@ -462,6 +462,8 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
   std::vector<int> record_of_id(num_ids, -1);
   mute.Reserve(n);
   FactoryIndex factories;
+  // The slots the records name, an upper bound on the links between them.
+  std::size_t num_linked_slots = 0;
 
   for (std::size_t i = 0; i < n; ++i) {
     m_block_load_data[i] = nullptr;
@@ -519,6 +521,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
         load->CloseChunk();
       }
       (void)block->LoadBlockDependencies(load, record);
+      num_linked_slots += record->dependency_ids.size();
       // Silenced as soon as it is read, while it is at hand.
       mute.Add(block);
     }
@@ -536,6 +539,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
   // half linked; the links between blocks are gathered for the cycle test on the way.
   RecordLinks links;
   links.first.reserve(n + 1);
+  links.targets.reserve(num_linked_slots);
   for (std::size_t i = 0; i < n; ++i) {
     links.first.push_back(links.targets.size());
     const BlockLoadData* record = m_block_load_data[i];
