@@ -464,6 +464,8 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
   FactoryIndex factories;
   // The slots the records name, an upper bound on the links between them.
   std::size_t num_linked_slots = 0;
+  // The records whose block filled a slot in its own Load, told while the block is at hand.
+  std::vector<bool> filled_own_slots(n, false);
 
   for (std::size_t i = 0; i < n; ++i) {
     m_block_load_data[i] = nullptr;
@@ -520,6 +522,7 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
         if (load->CurChunkID() == kBlockDataChunk) (void)block->Load(load);
         load->CloseChunk();
       }
+      filled_own_slots[i] = !HasOnlyEmptySlots(block);
       (void)block->LoadBlockDependencies(load, record);
       num_linked_slots += record->dependency_ids.size();
       // Silenced as soon as it is read, while it is at hand.
@@ -582,13 +585,12 @@ Status SceneEngine::LoadBlocks(SceneLoad* load, internal::EventMute& mute) {
     const BlockLoadData* record = m_block_load_data[i];
     if (record == nullptr || record->block == nullptr) continue;
     Block* holder = record->block;
-    const bool slots_were_empty = HasOnlyEmptySlots(holder);
     for (std::size_t j = 0; j < record->dependency_ids.size(); ++j) {
       const std::int32_t k = record->dependency_ids[j];
       if (k == -1) continue;
       Block* target = m_blocks_by_id[static_cast<std::size_t>(k)];
       if (target == nullptr) continue;
-      if (slots_were_empty) {
+      if (!filled_own_slots[i]) {
         internal::AcyclicLinks::Link(holder, static_cast<int>(j), target);
         continue;
       }
